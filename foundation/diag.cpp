@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+#include "vxfoundation/diag.h"
+
+vxDiagObject::~vxDiagObject() = default;
+
+vxDiagObject* vxDiagObject::getRecordingDestination(vxDiagObject* given, unsigned long&) {
+  return given;
+}

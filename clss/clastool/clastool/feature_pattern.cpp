@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#include "vxclss/feature_pattern.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "vxclss/errors.h"
+#include "vxfoundation/archive.h"
+
+namespace {
+
+void checkNotNegative(long index) {
+  if (index < 0) throw vxClassifierDefs::BadIndex(L"Feature measurement indices must be >= 0");
+}
+
+}  // namespace
+
+vxFeaturePattern::vxFeaturePattern(const std::vector<double>& measurements,
+                                   const std::vector<long>& invalidIndices)
+    : validity_(measurements.size(), true) {
+  for (const long index : invalidIndices) {
+    checkNotNegative(index);
+    if (static_cast<std::size_t>(index) >= measurements.size()) {
+      throw vxClassifierDefs::BadIndex(L"Feature measurement indices must be < number of features");
+    }
+    validity_[static_cast<std::size_t>(index)] = false;
+  }
+  measurements_ = measurements;
+}
+
+vxFeaturePattern& vxFeaturePattern::operator=(const vxFeaturePattern& other) {
+  return *this = vxFeaturePattern(other);
+}
+
+vxFeaturePattern::~vxFeaturePattern() = default;
+
+bool vxFeaturePattern::isValid(long index) const {
+  checkNotNegative(index);
+  return index < numMeasurements() && validity_[static_cast<std::size_t>(index)];
+}
+
+long vxFeaturePattern::numInvalid() const {
+  return static_cast<long>(std::count(validity_.begin(), validity_.end(), false));
+}
+
+std::vector<long> vxFeaturePattern::invalidFeatureIndices() {
+  std::vector<long> indices;
+  for (long i = 0; i < numMeasurements(); ++i) {
+    if (!isValid(i)) indices.push_back(i);
+  }
+  return indices;
+}
+
+double vxFeaturePattern::featureMeasurement(long index, bool throwIfInvalid) const {
+  const bool valid = isValid(index);
+  if (!valid && throwIfInvalid) {
+    throw vxClassifierDefs::BadFeatures(
+        L"The measurement for the specified measurement index is not valid.");
+  }
+  return index < numMeasurements() ? measurements_[static_cast<std::size_t>(index)] : 0.0;
+}
+
+const std::vector<double>& vxFeaturePattern::featureMeasurements(bool throwIfInvalid) const {
+  if (throwIfInvalid && numInvalid() >= 1) {
+    throw vxClassifierDefs::BadFeatures(
+        L"Access to full feature vector requires that all features are valid.");
+  }
+  return measurements_;
+}
+
+bool vxFeaturePattern::operator==(const vxFeaturePattern& other) const {
+  return measurements_ == other.measurements_ && validity_ == other.validity_;
+}
+
+void vxFeaturePattern::dispatchSerialize(vxArchive& archive) {
+  if (const vx_ArchiveLevel level{archive, *this, typeid(vxFeaturePattern)}) {
+    vxPersistent::dispatchSerialize(archive);
+    const auto fields = [&archive](vxFeaturePattern& target) {
+      archive || target.measurements_ || target.validity_;
+      if (target.measurements_.size() != target.validity_.size()) {
+        throw vxArchive::Malformed(L"A pattern without a validity flag for each measurement");
+      }
+    };
+    vfTransferStaged(archive, *this, fields, std::vector<double>(), std::vector<long>());
+  }
+}
+
+vxPersistent* vxFeaturePattern::make() { return new vxFeaturePattern({}, {}); }
+vx_Instantiator vxFeaturePattern::sExemplar(typeid(vxFeaturePattern), &vxFeaturePattern::make);

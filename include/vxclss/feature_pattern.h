@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#ifndef VXCLSS_FEATURE_PATTERN_H_
+#define VXCLSS_FEATURE_PATTERN_H_
+
+#include <vector>
+
+#include "vxclss/export.h"
+#include "vxfoundation/handle.h"
+#include "vxfoundation/persistent.h"
+
+/// One sample: a vector of measurements, each with a validity flag.
+///
+/// Measurements are numbered from 0; their units are the host's. An invalid one keeps the number
+/// that it was given, hidden behind its flag.
+///
+/// Equality is exact, so a pattern that holds a NaN differs even from itself.
+/// Const operations on one object may run on many threads.
+class VXCLSS_EXPORT vxFeaturePattern : public vxPersistent, public vxRepBase {
+ public:
+  /// All measurements are valid but those whose indices are listed; repeats are harmless.
+  ///
+  /// Throws BadIndex, for the first listed index that is < 0 or >= measurements.size().
+  vxFeaturePattern(const std::vector<double>& measurements,
+                   const std::vector<long>& invalidIndices);
+  vxFeaturePattern(const vxFeaturePattern&) = default;
+  vxFeaturePattern(vxFeaturePattern&&) = default;
+  vxFeaturePattern& operator=(const vxFeaturePattern& other);
+  vxFeaturePattern& operator=(vxFeaturePattern&&) = default;
+  ~vxFeaturePattern() override;
+
+  long numMeasurements() const { return static_cast<long>(measurements_.size()); }
+
+  /// False also past the last measurement. Throws BadIndex if index < 0.
+  bool isValid(long index) const;
+
+  /// Number of invalid measurements.
+  long numInvalid() const;
+
+  /// Indices of the invalid measurements, ascending.
+  std::vector<long> invalidFeatureIndices();
+
+  /// Measurement `index`, or a stand-in where there is none to give.
+  ///
+  /// Without `throwIfInvalid`: the stored number of an invalid measurement, 0.0 past the last one.
+  ///
+  /// Throws BadIndex if index < 0, whatever the flag; BadFeatures if `throwIfInvalid` is set and
+  /// the measurement is invalid or past the last one.
+  double featureMeasurement(long index, bool throwIfInvalid) const;
+
+  /// All measurements, the numbers of invalid ones included.
+  /// Throws BadFeatures if `throwIfInvalid` is set and one is invalid.
+  const std::vector<double>& featureMeasurements(bool throwIfInvalid) const;
+
+  bool operator==(const vxFeaturePattern& other) const;
+  bool operator!=(const vxFeaturePattern& other) const { return !(*this == other); }
+
+ protected:
+  void dispatchSerialize(vxArchive& archive) override;
+
+ private:
+  static vxPersistent* make();
+  static vx_Instantiator sExemplar;
+
+  std::vector<double> measurements_;
+  std::vector<bool> validity_;  // as long as measurements_
+};
+
+#endif  // VXCLSS_FEATURE_PATTERN_H_

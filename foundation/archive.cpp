@@ -43,7 +43,8 @@ vxArchive& vxArchive::operator||(long& value) {
                    value > std::numeric_limits<std::int32_t>::max())) {
     throw Unstorable(L"A number does not fit 32 bits");
   }
-  value = static_cast<std::int32_t>(transferWord_(static_cast<std::uint32_t>(value)));
+  const std::uint32_t word = transferWord_(static_cast<std::uint32_t>(value));
+  if (isLoading()) value = static_cast<std::int32_t>(word);
   return *this;
 }
 
@@ -51,7 +52,8 @@ vxArchive& vxArchive::operator||(unsigned long& value) {
   if (storing_ && value > std::numeric_limits<std::uint32_t>::max()) {
     throw Unstorable(L"A number does not fit 32 bits");
   }
-  value = transferWord_(static_cast<std::uint32_t>(value));
+  const std::uint32_t word = transferWord_(static_cast<std::uint32_t>(value));
+  if (isLoading()) value = word;
   return *this;
 }
 
@@ -184,11 +186,20 @@ void vfTransferElements(vxArchive& archive, std::vector<double>& values, std::si
 vx_Transfer::vx_Transfer(vxArchive& archive) : archive_(archive) { ++archive_.openTransfers_; }
 
 vx_Transfer::~vx_Transfer() {
-  if (open_ && --archive_.openTransfers_ == 0) archive_.abandonOutermost_();
+  if (!open_) return;
+  archive_.hasAbandoned_ = --archive_.openTransfers_ > 0;
+  if (!archive_.hasAbandoned_) archive_.abandonOutermost_();
 }
 
 void vx_Transfer::complete() {
-  if (archive_.openTransfers_ == 1) archive_.completeOutermost_();
+  if (archive_.openTransfers_ == 1) {
+    // A class that swallows the refusal of a part would otherwise store half of that part.
+    if (archive_.isStoring() && archive_.hasAbandoned_) {
+      throw vxArchive::Unstorable(L"A part of the object was refused");
+    }
+    archive_.completeOutermost_();
+    archive_.hasAbandoned_ = false;
+  }
   open_ = false;
   --archive_.openTransfers_;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "vxfoundation/exception.h"
 
+#include <cstdint>
 #include <locale>
 #include <ostream>
 #include <sstream>
@@ -17,7 +18,9 @@ vxExceptionWithString::~vxExceptionWithString() = default;
 std::wstring vxExceptionWithString::message(bool withNumber) const {
   std::wostringstream out;
   out.imbue(std::locale::classic());
-  if (withNumber) out << std::showbase << std::hex << errorNumber() << std::dec << L": ";
+  if (withNumber)
+    out << std::showbase << std::hex << static_cast<std::uint32_t>(errorNumber()) << std::dec
+        << L": ";
   message_(out);
   return out.str();
 }

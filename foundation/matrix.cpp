@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "vxfoundation/matrix.h"
 
+#include <utility>
+
 #include "error_numbers.h"
 #include "vxfoundation/archive.h"
 
@@ -28,8 +30,23 @@ void vxBadMatrix::suicideAndRethrow() { vx_suicideAndRethrow(this); }
 vxNMMatrix::vxNMMatrix(long rows, long columns)
     : rows_(rows), columns_(columns), elements_(numElements(rows, columns)) {}
 
+vxNMMatrix::vxNMMatrix(vxNMMatrix&& other) noexcept { swap_(other); }
+
+vxNMMatrix& vxNMMatrix::operator=(const vxNMMatrix& other) { return *this = vxNMMatrix(other); }
+
+vxNMMatrix& vxNMMatrix::operator=(vxNMMatrix&& other) noexcept {
+  vxNMMatrix(std::move(other)).swap_(*this);
+  return *this;
+}
+
 bool vxNMMatrix::operator==(const vxNMMatrix& other) const {
   return rows_ == other.rows_ && columns_ == other.columns_ && elements_ == other.elements_;
+}
+
+void vxNMMatrix::swap_(vxNMMatrix& other) noexcept {
+  std::swap(rows_, other.rows_);
+  std::swap(columns_, other.columns_);
+  elements_.swap(other.elements_);
 }
 
 std::size_t vxNMMatrix::index_(long row, long column) const {

@@ -26,9 +26,9 @@ struct vxOutputArchive::State {
   std::size_t completeClasses = 0;
 
   void write() {
-    const auto size = static_cast<std::streamsize>(buffer.size());
-    torn = true;  // unless the stream takes all
-    if (size > 0 && !stream.write(buffer.data(), size)) {
+    if (buffer.empty()) return;
+    torn = stream.good();  // unless the stream takes all; one that had failed takes nothing
+    if (!stream.write(buffer.data(), static_cast<std::streamsize>(buffer.size()))) {
       throw StreamFailure(L"The stream did not take the archive's bytes");
     }
     torn = false;
@@ -95,7 +95,9 @@ vxArchive::Pointer vxOutputArchive::transferPointer_(const vxPersistent* object)
     transferWord_(static_cast<std::uint32_t>(classNumber));
   } else {
     std::string name = vfClassName(type);
-    if (vx_Instantiator::find(name) == nullptr || name.size() > kLongestClassName) {
+    const vx_Instantiator* registered = vx_Instantiator::find(name);
+    // Two classes may share a name, say in unnamed namespaces: only the first can be loaded.
+    if (registered == nullptr || registered->type() != type || name.size() > kLongestClassName) {
       std::wstring wide;
       vfConvertString(wide, name);
       throw Unstorable(L"Objects of a class that is not registered can't be stored: " + wide);

@@ -85,7 +85,7 @@ void vxPersistent::attach_(vx_Lifeline* lifeline) noexcept {
 }
 
 vx_Instantiator::vx_Instantiator(const std::type_info& type, Make factory)
-    : name_(vfClassName(type)), make_(factory) {
+    : name_(vfClassName(type)), type_(type), make_(factory) {
   vx_Instantiator* head = registrations.load(std::memory_order_relaxed);
   do {
     next_.store(head, std::memory_order_relaxed);

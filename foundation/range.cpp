@@ -19,7 +19,7 @@ vxArchive& operator||(vxArchive& archive, vxRange& range) {
   double low = range.low();
   double high = range.high();
   archive || low || high;
-  range = vxRange(low, high);
+  if (archive.isLoading()) range = vxRange(low, high);
   transfer.complete();
   return archive;
 }

@@ -82,6 +82,7 @@ class VXFOUNDATION_EXPORT vxArchive {
   const bool storing_;
   int nesting_ = 0;
   int openTransfers_ = 0;
+  bool hasAbandoned_ = false;  // an inner one of the outermost transfer under way
 };
 
 /// Base of all errors of a transfer.
@@ -253,7 +254,9 @@ class VXFOUNDATION_EXPORT vx_ArchivePass {
 ///     void Derived::dispatchSerialize(vxArchive& archive) {
 ///       if (const vx_ArchiveLevel level{archive, *this, typeid(Derived)}) {
 ///         Base::dispatchSerialize(archive);
-///         archive || first_ || second_;
+///         vfTransferStaged(archive, *this, [&archive](Derived& target) {
+///           archive || target.first_ || target.second_;
+///         });
 ///       }
 ///     }
 ///

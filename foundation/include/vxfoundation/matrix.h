@@ -29,6 +29,11 @@ class VXFOUNDATION_EXPORT vxNMMatrix {
 
   /// rows x columns, filled with 0. Throws vxBadMatrix for a negative or an overflowing size.
   vxNMMatrix(long rows, long columns);
+  vxNMMatrix(const vxNMMatrix&) = default;
+  vxNMMatrix(vxNMMatrix&& other) noexcept;  ///< Leaves `other` 0 x 0.
+  vxNMMatrix& operator=(const vxNMMatrix& other);
+  vxNMMatrix& operator=(vxNMMatrix&& other) noexcept;
+  ~vxNMMatrix() = default;
 
   long rows() const { return rows_; }
   long columns() const { return columns_; }
@@ -43,6 +48,7 @@ class VXFOUNDATION_EXPORT vxNMMatrix {
  private:
   friend VXFOUNDATION_EXPORT vxArchive& operator||(vxArchive& archive, vxNMMatrix& matrix);
 
+  void swap_(vxNMMatrix& other) noexcept;
   std::size_t index_(long row, long column) const;
 
   long rows_ = 0;

@@ -95,6 +95,7 @@ class VXFOUNDATION_EXPORT vx_Instantiator {
 
   /// The name under which the class stands in archives: readable, the same for every compiler.
   const std::string& name() const { return name_; }
+  const std::type_info& type() const { return type_; }
   vxPersistent* make() const { return make_(); }
 
   /// The registration of a class name, null if there is none.
@@ -105,6 +106,7 @@ class VXFOUNDATION_EXPORT vx_Instantiator {
 
  private:
   std::string name_;
+  const std::type_info& type_;
   Make make_;
   std::atomic<vx_Instantiator*> next_{nullptr};
 };

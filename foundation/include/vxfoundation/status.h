@@ -15,8 +15,9 @@
 VXFOUNDATION_EXPORT void vfThrowExceptionOnFailure(long status);
 
 /// Registers the function that turns a module's failures into exceptions: it throws the matching
-/// one, or returns if it does not know the status. A later registration for a module replaces the
-/// earlier one, null removes it. Safe while other threads throw.
+/// one, or returns if it does not know the status, of which only the low 32 bits count. A later
+/// registration for a module replaces the earlier one, null removes it. Safe while other threads
+/// throw.
 VXFOUNDATION_EXPORT void vfRegisterExceptionConverter(long module, void (*converter)(long status));
 
 #endif  // VXFOUNDATION_STATUS_H_

@@ -35,7 +35,9 @@ class VXCLSS_EXPORT vx_CategoryModel : public vxPersistent, public vxRepBase {
  protected:
   vx_CategoryModel() = default;
   vx_CategoryModel(const vx_CategoryModel&) = default;
+  vx_CategoryModel(vx_CategoryModel&&) = default;
   vx_CategoryModel& operator=(const vx_CategoryModel&) = default;
+  vx_CategoryModel& operator=(vx_CategoryModel&&) = default;
 
   void dispatchSerialize(vxArchive& archive) override;
 

@@ -72,7 +72,8 @@ class VXCLSS_EXPORT vxClassifierTool {
   vxPtrHandle<vx_Classifier> classifier_;
 };
 
-/// Loading releases the classifier held first, so a failed load leaves an empty tool.
+/// Loading releases the classifier held as soon as the version byte was read; a load that fails
+/// after that leaves an empty tool.
 VXCLSS_EXPORT vxArchive& operator||(vxArchive& archive, vxClassifierTool& tool);
 
 #endif  // VXCLSS_CLASSIFIER_TOOL_H_

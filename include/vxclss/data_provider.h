@@ -36,7 +36,9 @@ class VXCLSS_EXPORT vxClassifierDataProvider : public vxPersistent, public vxRep
  protected:
   vxClassifierDataProvider() = default;
   vxClassifierDataProvider(const vxClassifierDataProvider&) = default;
+  vxClassifierDataProvider(vxClassifierDataProvider&&) = default;
   vxClassifierDataProvider& operator=(const vxClassifierDataProvider&) = default;
+  vxClassifierDataProvider& operator=(vxClassifierDataProvider&&) = default;
 
   /// True here: the base has nothing to compare.
   virtual bool isEqual_(const vxClassifierDataProvider& other) const;

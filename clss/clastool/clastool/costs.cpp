@@ -82,5 +82,5 @@ vxArchive& operator||(vxArchive& archive, vxClassifierCosts& costs) {
       throw vxArchive::Malformed(L"Cost overrides that differ in number");
     }
   };
-  return vx_transferRecord(archive, costs, __LINE__, fields, 0.0);
+  return vx_transferRecord(archive, costs, {"clss/clastool/clastool", __LINE__}, fields, 0.0);
 }

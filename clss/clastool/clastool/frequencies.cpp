@@ -64,5 +64,5 @@ vxArchive& operator||(vxArchive& archive, vxClassifierFrequencies& frequencies) 
       throw vxArchive::Malformed(L"Frequency overrides that differ in number");
     }
   };
-  return vx_transferRecord(archive, frequencies, __LINE__, fields, 1.0);
+  return vx_transferRecord(archive, frequencies, {"clss/clastool/clastool", __LINE__}, fields, 1.0);
 }

@@ -6,13 +6,19 @@
 
 #include "vxfoundation/archive.h"
 
-/// Transfers a value record: its version byte, then `fields` of the record, staged. `line` tells
-/// in an UnknownVersion which record refused; `arguments` make the record to load into.
+/// What an UnknownVersion says of the record that refused: its source unit and a line.
+struct vx_RecordSource {
+  const char* unit;
+  long line;
+};
+
+/// Transfers a value record: its version byte, then `fields` of the record, staged; `arguments`
+/// make the record to load into.
 template <class Record, class Fields, class... Arguments>
-vxArchive& vx_transferRecord(vxArchive& archive, Record& record, long line, Fields&& fields,
-                             Arguments&&... arguments) {
+vxArchive& vx_transferRecord(vxArchive& archive, Record& record, const vx_RecordSource& source,
+                             Fields&& fields, Arguments&&... arguments) {
   vx_Transfer transfer(archive);
-  vfTransferVersion(archive, "clss/clastool/clastool", line);
+  vfTransferVersion(archive, source.unit, source.line);
   vfTransferStaged(archive, record, fields, std::forward<Arguments>(arguments)...);
   transfer.complete();
   return archive;

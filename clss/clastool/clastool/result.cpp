@@ -169,7 +169,8 @@ vxArchive& operator||(vxArchive& archive, vxClassifierCategoryResult& result) {
     archive || target.categoryLabel_ || target.matchScore_ || target.classScore_ ||
         target.expectedCost_;
   };
-  return vx_transferRecord(archive, result, __LINE__, fields, 0, 0.0, 0.0, 0.0);
+  return vx_transferRecord(archive, result, {"clss/clastool/clastool", __LINE__}, fields, 0, 0.0,
+                           0.0, 0.0);
 }
 
 vxArchive& operator||(vxArchive& archive, vxClassifierResult& result) {
@@ -177,5 +178,5 @@ vxArchive& operator||(vxArchive& archive, vxClassifierResult& result) {
     vfTransferVector(archive, target.categoryResults_, vxClassifierCategoryResult(0, 0, 0, 0));
     archive || target.matchScoreFactorLog_;
   };
-  return vx_transferRecord(archive, result, __LINE__, fields);
+  return vx_transferRecord(archive, result, {"clss/clastool/clastool", __LINE__}, fields);
 }

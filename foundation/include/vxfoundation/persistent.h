@@ -54,8 +54,14 @@ class VXFOUNDATION_EXPORT vxPersistent {
  protected:
   vxPersistent() noexcept = default;
   vxPersistent(const vxPersistent&) noexcept {}
+  vxPersistent(vxPersistent&& other) noexcept { other.mutating_(); }
   vxPersistent& operator=(const vxPersistent&) noexcept {
     mutating_();
+    return *this;
+  }
+  vxPersistent& operator=(vxPersistent&& other) noexcept {
+    mutating_();
+    other.mutating_();
     return *this;
   }
 

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+#include <vxfoundation/vxfoundation.h>
+
+#include <memory>
+#include <string>
+
+#include "tools/commands.h"
+#include "tools/dataset_options.h"
+#include "tools/error.h"
+#include "tools/evaluation.h"
+#include "tools/method_options.h"
+#include "tools/model_file.h"
+#include "tools/output_file.h"
+#include "tools/text.h"
+
+namespace cli {
+namespace {
+
+const char* const kExamples = R"(
+Examples:
+  vxclss train iris.csv --label species -o iris.model
+  vxclss train iris.csv --label species --method knn --k 9 --order 1 -o iris.model
+  vxclss train parts.csv --label kind --ignore id --cost crack,good=20 -o parts.model
+
+The model file keeps the names of measurements and categories beside the classifier. Categories are
+numbered in the order of their names, whatever the order of the rows. Rows without a category are
+left out. The file appears whole or not at all.)";
+
+class TrainCommand {
+ public:
+  TrainCommand(CLI::App& command, const Console& console)
+      : console_(console), data_(command), method_(command) {
+    command.add_option("-o,--output", output_, "Model file to write")
+        ->type_name("MODEL")
+        ->required();
+    command.footer(kExamples);
+  }
+
+  void run() {
+    const Method& method = method_.chosen();
+    OutputFile file(output_);
+    const Dataset data = data_.read(method.allowsInvalid(), console_.bar());
+    Model model;
+    model.names = data.names;
+    // Every pattern is in fold 0, and none is left out but those of unknown category.
+    const std::vector<long> folds(data.labels.size(), 0);
+    model.tool.train(trainingSet(data.patterns, data.labels, folds, -1),
+                     *method_.params(data.names));
+    try {
+      writeModel(model, file.stream());
+    } catch (const vxArchive::StreamFailure&) {
+      // commit() says why.
+    }
+    file.commit();
+    report_(data, method);
+  }
+
+ private:
+  void report_(const Dataset& data, const Method& method) const {
+    std::vector<std::string> categories;
+    for (const std::string& name : data.names.categories) categories.push_back(printable(name));
+    console_.out << fmt::format("{}: {} ({}) trained on {} patterns of {} measurements\n",
+                                printable(output_), method.name(), method.summary(),
+                                data.numLabelled(), data.names.measurements.size())
+                 << fmt::format("categories: {}\n", fmt::join(categories, ", "));
+    const long unknown = static_cast<long>(data.labels.size()) - data.numLabelled();
+    if (unknown > 0) console_.out << fmt::format("left out, without a category: {}\n", unknown);
+  }
+
+  Console console_;
+  DatasetOptions data_;
+  MethodOptions method_;
+  std::string output_;
+};
+
+}  // namespace
+
+void addTrain(CLI::App& app, const Console& console) {
+  CLI::App* command = app.add_subcommand("train", "Learn categories from labelled patterns");
+  command->callback([train = std::make_shared<TrainCommand>(*command, console)] { train->run(); });
+}
+
+}  // namespace cli

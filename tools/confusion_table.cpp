@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "tools/confusion_table.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "tools/text.h"
+
+namespace cli {
+namespace {
+
+constexpr std::size_t kWidestLine = 100;
+constexpr std::size_t kGap = 2;
+
+using Cells = std::vector<std::string>;
+
+std::vector<std::size_t> columnWidths(const std::vector<Cells>& lines) {
+  std::vector<std::size_t> widths(lines[0].size(), 0);
+  for (const Cells& line : lines) {
+    for (std::size_t i = 0; i < line.size(); ++i) {
+      widths[i] = std::max(widths[i], lengthOf(line[i]));
+    }
+  }
+  return widths;
+}
+
+std::size_t lineWidth(const std::vector<Cells>& lines) {
+  std::size_t sum = 0;
+  for (const std::size_t width : columnWidths(lines)) sum += width + kGap;
+  return sum - kGap;
+}
+
+/// The first column flush left, all others flush right.
+std::string aligned(const std::vector<Cells>& lines) {
+  const std::vector<std::size_t> widths = columnWidths(lines);
+  std::string text;
+  for (const Cells& line : lines) {
+    text += line[0] + std::string(widths[0] - lengthOf(line[0]), ' ');
+    for (std::size_t i = 1; i < line.size(); ++i) {
+      text += std::string(kGap + widths[i] - lengthOf(line[i]), ' ') + line[i];
+    }
+    text += '\n';
+  }
+  return text;
+}
+
+std::vector<Cells> tableLines(const Evaluation& evaluation, const Cells& rowNames,
+                              const Cells& columnNames) {
+  std::vector<Cells> lines{{"true \\ decided"}};
+  lines[0].insert(lines[0].end(), columnNames.begin(), columnNames.end());
+  lines[0].insert(lines[0].end(), {"total", "recall"});
+  for (long row = 0; row < evaluation.numCategories(); ++row) {
+    Cells line{rowNames[static_cast<std::size_t>(row)]};
+    for (long column = 0; column < evaluation.numCategories(); ++column) {
+      line.push_back(fmt::format("{}", evaluation.count(row, column)));
+    }
+    line.push_back(fmt::format("{}", evaluation.numOf(row)));
+    line.push_back(percentage(evaluation.recall(row)));
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+}  // namespace
+
+std::string percentage(double share) {
+  return std::isnan(share) ? "-" : fmt::format("{:.1f} %", 100.0 * share);
+}
+
+std::string confusionTable(const Evaluation& evaluation,
+                           const std::vector<std::string>& categories) {
+  Cells names;
+  Cells numbers;
+  Cells numberedNames;
+  for (const std::string& category : categories) {
+    names.push_back(printable(category));
+    numbers.push_back(fmt::format("({})", names.size()));
+    numberedNames.push_back(fmt::format("{} {}", numbers.back(), names.back()));
+  }
+  const std::vector<Cells> named = tableLines(evaluation, names, names);
+  if (lineWidth(named) <= kWidestLine) return aligned(named);
+  return aligned(tableLines(evaluation, numberedNames, numbers));
+}
+
+}  // namespace cli

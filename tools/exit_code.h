@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLS_EXIT_CODE_H_
+#define TOOLS_EXIT_CODE_H_
+
+namespace cli {
+
+/// What the command returns to the shell; the numbers stand in its help.
+enum ExitCode : int { kExitDone = 0, kExitInternal = 1, kExitBadInput = 2, kExitStopped = 130 };
+
+}  // namespace cli
+
+#endif  // TOOLS_EXIT_CODE_H_

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "tools/model_file.h"
+
+#include <fmt/format.h>
+#include <vxfoundation/vxfoundation.h>
+
+#include <vector>
+
+#include "tools/error.h"
+#include "tools/text.h"
+
+namespace cli {
+namespace {
+
+const wchar_t* const kTag = L"vxclss model";
+constexpr unsigned char kVersion = 0;
+
+std::vector<std::wstring> wideNames(const std::vector<std::string>& names) {
+  std::vector<std::wstring> wide;
+  wide.reserve(names.size());
+  for (const std::string& name : names) wide.push_back(widened(name));
+  return wide;
+}
+
+std::vector<std::string> readNames(vxArchive& archive) {
+  std::vector<std::wstring> wide;
+  archive || wide;
+  std::vector<std::string> names;
+  names.reserve(wide.size());
+  for (const std::wstring& name : wide) names.push_back(vfNarrow(name));
+  return names;
+}
+
+/// False where a tag of another kind stands behind the tool.
+bool readFields(vxArchive& archive, Model& model, unsigned char& version) {
+  std::wstring tag;
+  archive || model.tool || tag;
+  if (tag != kTag) return false;
+  archive || version;
+  if (version != kVersion) return true;
+  model.names.measurements = readNames(archive);
+  model.names.categories = readNames(archive);
+  return true;
+}
+
+/// An archive does not hold everything that a classifier runs with (a nearest-neighbour one comes
+/// back with k = 1), but it holds the parameters, and retraining with them brings the rest back.
+void restoreParameters(vxClassifierTool& tool) {
+  vxPtrHandle_const<vxClassifierTrainParams> params;
+  try {
+    params = tool.trainParams();
+  } catch (const vxClassifierDefs::BadMethod&) {
+    return;  // trained without parameters, so that there is nothing to restore
+  }
+  tool.retrain(*params, nullptr, 0);
+}
+
+[[noreturn]] void refuse(const std::string& path, const std::string& why) {
+  throw InputError(fmt::format("{}: not a vxclss model file: {}", path, why));
+}
+
+}  // namespace
+
+void writeModel(Model& model, std::ostream& stream) {
+  std::wstring tag = kTag;
+  unsigned char version = kVersion;
+  std::vector<std::wstring> measurements = wideNames(model.names.measurements);
+  std::vector<std::wstring> categories = wideNames(model.names.categories);
+  vxOutputArchive archive(stream);
+  archive || model.tool || tag || version || measurements || categories;
+}
+
+Model readModel(const std::string& path) { return readModel(*openInput(path), path); }
+
+Model readModel(std::istream& stream, const std::string& name) {
+  Model model;
+  unsigned char version = kVersion;
+  try {
+    vxInputArchive archive(stream);
+    if (!readFields(archive, model, version)) refuse(name, "a tool, but no names behind it");
+    if (version != kVersion) {
+      throw InputError(fmt::format("{}: a model file of version {}; only version {} is known", name,
+                                   version, kVersion));
+    }
+    if (!model.tool.isTrained()) refuse(name, "its tool is not trained");
+    restoreParameters(model.tool);
+  } catch (const vxStopRequested&) {
+    throw;
+  } catch (const vxArchive::UnknownVersion&) {
+    refuse(name, "unknown version of a part of it");
+  } catch (const vxExceptionWithString& error) {
+    refuse(name, vfNarrow(error.message()));
+  } catch (const vxException&) {
+    refuse(name, "its parts don't fit each other");
+  }
+  if (stream.peek() != std::istream::traits_type::eof()) refuse(name, "bytes after its end");
+  return model;
+}
+
+}  // namespace cli

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLS_MODEL_FILE_H_
+#define TOOLS_MODEL_FILE_H_
+
+#include <vxclss/vxclss.h>
+
+#include <istream>
+#include <ostream>
+#include <string>
+
+#include "tools/table.h"
+
+namespace cli {
+
+/// A trained tool, and what its measurements and labels are called.
+struct Model {
+  vxClassifierTool tool;
+  Names names;
+};
+
+/// Writes a model file: an archive that begins with the tool, so that a host loads that with
+///
+///     std::ifstream stream(path, std::ios::binary);
+///     vxInputArchive archive(stream);
+///     archive || tool;
+///
+/// and goes on with the wide string "vxclss model", a version byte 0, the measurement names and the
+/// category names (vectors of wide strings). Throws what the archive throws.
+void writeModel(Model& model, std::ostream& stream);
+
+/// Reads a model file, ready to run. `name` stands for the stream in messages. Throws InputError
+/// unless the stream is one from its first byte to its last.
+Model readModel(std::istream& stream, const std::string& name);
+Model readModel(const std::string& path);
+
+}  // namespace cli
+
+#endif  // TOOLS_MODEL_FILE_H_

@@ -19,7 +19,9 @@ function(vxclss_tests name)
   add_executable(${name} ${arg_SOURCES})
   vxclss_program(${name})
   target_link_libraries(${name} PRIVATE ${arg_LINK} GTest::gmock_main Threads::Threads)
-  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  # Private headers too, found as the libraries' own sources find them.
+  target_include_directories(${name} PRIVATE
+    ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/foundation ${PROJECT_SOURCE_DIR}/clss)
   target_compile_definitions(${name} PRIVATE
     VXCLSS_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data"
     VXCLSS_SOURCE_TREE="${PROJECT_SOURCE_DIR}")
@@ -77,6 +79,8 @@ function(vxclss_install_test)
     return()
   endif()
   find_program(PKG_CONFIG NAMES pkg-config pkgconf)
+  get_property(examples GLOBAL PROPERTY VXCLSS_EXAMPLES)
+  list(JOIN examples "," examples)
   add_test(NAME install COMMAND ${CMAKE_COMMAND}
     -D BUILD_DIR=${PROJECT_BINARY_DIR}
     -D CONFIG=$<CONFIG>
@@ -89,6 +93,7 @@ function(vxclss_install_test)
     -D GENERATOR=${CMAKE_GENERATOR}
     -D CXX=${CMAKE_CXX_COMPILER}
     -D PKG_CONFIG=${PKG_CONFIG}
+    -D EXAMPLES=${examples}
     -P ${CMAKE_CURRENT_SOURCE_DIR}/install/install_test.cmake)
   set_tests_properties(install PROPERTIES TIMEOUT 600)
 endfunction()

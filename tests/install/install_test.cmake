@@ -22,14 +22,14 @@ endfunction()
 
 set(prefix ${WORK_DIR}/prefix)
 set(host ${SOURCE_DIR}/tests/install)
-file(GLOB examples ${SOURCE_DIR}/examples/*.cpp)
+string(REPLACE "," ";" examples "${EXAMPLES}")
 file(REMOVE_RECURSE ${WORK_DIR})
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --config ${CONFIG} --prefix ${WORK_DIR}/staging)
 file(RENAME ${WORK_DIR}/staging ${prefix})
 
 run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${host} -B ${WORK_DIR}/build
   -D CMAKE_BUILD_TYPE=Release -D CMAKE_CXX_COMPILER=${CXX} -D CMAKE_PREFIX_PATH=${prefix}
-  -D VXCLSS_WANTED=${VERSION} -D EXAMPLES=${SOURCE_DIR}/examples)
+  -D VXCLSS_WANTED=${VERSION} -D EXAMPLES=${EXAMPLES})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
 run(${WORK_DIR}/build/consumer)
 expect_version("find_package")
@@ -41,7 +41,7 @@ endforeach()
 
 execute_process(COMMAND ${CMAKE_COMMAND} -G ${GENERATOR} -S ${host} -B ${WORK_DIR}/refused
   -D CMAKE_CXX_COMPILER=${CXX} -D CMAKE_PREFIX_PATH=${prefix} -D VXCLSS_WANTED=99
-  -D EXAMPLES=${SOURCE_DIR}/examples OUTPUT_QUIET ERROR_QUIET RESULT_VARIABLE failed)
+  -D EXAMPLES=${EXAMPLES} OUTPUT_QUIET ERROR_QUIET RESULT_VARIABLE failed)
 if(NOT failed)
   message(FATAL_ERROR "find_package(vxclss 99) was satisfied")
 endif()

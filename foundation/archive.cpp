@@ -87,6 +87,8 @@ vxArchive& vxArchive::operator||(std::wstring& value) {
   return *this;
 }
 
+vxArchive::Errors::~Errors() = default;
+
 vxArchive::UnknownVersion::UnknownVersion(const std::string& name, long number)
     : Errors(unknownVersionText(name)), name_(name), number_(number) {}
 long vxArchive::UnknownVersion::errorNumber() const { return vx_ErrorNumbers::kUnknownVersion; }

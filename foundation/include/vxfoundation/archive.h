@@ -87,6 +87,11 @@ class VXFOUNDATION_EXPORT vxArchive {
 
 /// Base of all errors of a transfer.
 class VXFOUNDATION_EXPORT vxArchive::Errors : public vxExceptionWithString {
+ public:
+  Errors(const Errors&) = default;
+  Errors& operator=(const Errors&) = default;
+  ~Errors() override;
+
  protected:
   using vxExceptionWithString::vxExceptionWithString;
 };

@@ -34,7 +34,8 @@ class VXFOUNDATION_EXPORT vxRepBase {
   virtual ~vxRepBase();
 
   /// Number of handles that refer to this object now; other threads may change it at any time.
-  long referenceCount() const noexcept { return count_.load(std::memory_order_relaxed); }
+  /// After a 1, what the last other holder did with the object has happened before.
+  long referenceCount() const noexcept { return count_.load(std::memory_order_acquire); }
 
  private:
   template <class Object>

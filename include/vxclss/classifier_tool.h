@@ -4,6 +4,7 @@
 
 #include "vxclss/classifier.h"
 #include "vxclss/data_provider.h"
+#include "vxclss/decision_tree.h"
 #include "vxclss/export.h"
 #include "vxclss/feature_pattern.h"
 #include "vxclss/result.h"
@@ -34,11 +35,15 @@ class VXCLSS_EXPORT vxClassifierTool {
   /// Replaces the classifier by a new one of the technique that `params` select, trained on
   /// `data`. If params.throwIfNotReady() is set, checks that it can run.
   ///
-  /// Throws NotImplemented if `params` make no classifier, which leaves the tool empty; what the
+  /// Throws NotImplemented if making the classifier throws, which leaves the tool empty; what the
   /// training throws, which leaves the tool as the technique left it; what the check throws, which
   /// leaves it untrained.
   void train(const vxClassifierDataProvider& data, const vxClassifierTrainParams& params,
              vxDiagObject* diag = nullptr, unsigned long flags = 0);
+
+  /// Replaces the classifier by a decision tree: a clone of `tree`, nothing about which is
+  /// checked. There are no parameters then.
+  void train(const vxDecisionTree& tree, vxDiagObject* diag = nullptr, unsigned long flags = 0);
 
   /// Takes new parameters of the same technique without the data, and checks as train() does.
   /// Throws NotTrained, BadMethod, then what the technique and the check throw.
@@ -57,6 +62,10 @@ class VXCLSS_EXPORT vxClassifierTool {
 
   /// The parameters of the last training, shared. Throws NotTrained; BadMethod if there are none.
   vxPtrHandle_const<vxClassifierTrainParams> trainParams() const;
+
+  /// The tree that the tool was trained from, shared.
+  /// Throws NotTrained; BadMethod if the classifier is of another technique.
+  vxPtrHandle_const<vxDecisionTree> decisionTree() const;
 
   /// The classifier held, empty if there is none.
   vxPtrHandle_const<vx_Classifier> classifier() const { return classifier_; }

@@ -25,6 +25,7 @@ void vx_CategoryModel::dispatchSerialize(vxArchive& archive) {
     long label = categoryLabel_;
     long number = numMeasurements_;
     archive || label || number;
+    if (archive.isStoring()) return;
     categoryLabel_ = label;
     numMeasurements_ = number;
   }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "vxclss/classifier_tool.h"
 
+#include "vxclss/classifier_decision_tree.h"
 #include "vxclss/errors.h"
 #include "vxfoundation/archive.h"
 
@@ -37,6 +38,14 @@ void vxClassifierTool::train(const vxClassifierDataProvider& data,
   checkReady_(params);
 }
 
+void vxClassifierTool::train(const vxDecisionTree& tree, vxDiagObject* diag, unsigned long flags) {
+  const vxPtrHandle_const<vxDecisionTree> copy = tree.clone();  // `tree` may be held by this tool
+  const vxPtrHandle<vx_ClassifierDecisionTree> classifier(new vx_ClassifierDecisionTree);
+  if (isTrained()) untrain();
+  classifier_ = classifier;
+  classifier->trainManual(*copy, diag, flags);
+}
+
 void vxClassifierTool::retrain(const vxClassifierTrainParams& params, vxDiagObject* diag,
                                unsigned long flags) {
   if (classifier_.isNull()) {
@@ -66,6 +75,18 @@ vxPtrHandle_const<vxClassifierTrainParams> vxClassifierTool::trainParams() const
         L"Classifier tool must be trained before requesting the training parameters.");
   }
   return classifier_->trainParams();
+}
+
+vxPtrHandle_const<vxDecisionTree> vxClassifierTool::decisionTree() const {
+  if (!isTrained()) {
+    throw vxClassifierDefs::NotTrained(
+        L"Classifier tool must be trained before requesting the decision tree.");
+  }
+  const auto* classifier = dynamic_cast<const vx_ClassifierDecisionTree*>(classifier_.get());
+  if (classifier == nullptr) {
+    throw vxClassifierDefs::BadMethod(L"Classifier tool was not trained using a decision tree.");
+  }
+  return classifier->decisionTree();
 }
 
 bool vxClassifierTool::operator==(const vxClassifierTool& other) const {

@@ -17,6 +17,8 @@
 #include "tests/support/allocation_meter.h"
 #include "tests/support/archive_helpers.h"
 #include "tests/support/archived_classes.h"
+#include "tests/support/archived_classes_bayes.h"
+#include "tests/support/archived_classes_trees.h"
 #include "tests/support/class_names.h"
 #include "tests/support/golden_archive.h"
 #include "tests/support/unknown_version.h"
@@ -31,10 +33,20 @@ using ArchivedTypes =
                    vxClassifierDefs::NotImplemented, vxClassifierDefs::NotTrained, vxFeaturePattern,
                    vxClassifierDataProviderMemory, vxClassifierCosts, vxClassifierFrequencies,
                    vxClassifierCategoryResult, vxClassifierResult, vxPatternDistanceMetricNorm,
-                   vxClassifierTrainParamsKNN, vx_ClassifierKNN, vxClassifierTool>;
+                   vxClassifierTrainParamsKNN, vx_ClassifierKNN, vxClassifierDistributionTypes,
+                   vxClassifierTrainParamsBayesian, vx_PDFMultivariateNormal, vx_PDFBinomial,
+                   vx_CategoryModelBayesian, vx_ClassifierBayesian, vxComparisonPredicate,
+                   vxRangePredicate, vxValidityPredicate, vxDecisionTreeLeaf, vxDecisionTreeNode,
+                   vx_ClassifierDecisionTree, vxClassifierFeatureScoreOneSided,
+                   vxClassifierFeatureScoreTwoSided, ArchivedScoreHandle, vxClassifierFeatureVector,
+                   vxClassifierRule, vxClassifierRuleTable, vxClassifierTool>;
 
 template <class T>
 constexpr bool isPersistent = std::is_base_of_v<vxPersistent, T>;
+/// Score functions have none; the rules that hold them do.
+template <class T>
+constexpr bool hasVersion =
+    !std::is_base_of_v<vxClsFtSc, T> && !std::is_same_v<T, ArchivedScoreHandle>;
 template <class T>
 constexpr bool isTool = std::is_same_v<T, vxClassifierTool>;
 
@@ -140,7 +152,7 @@ class ArchiveTest : public testing::Test {
     } else {
       EXPECT_EQ(inPlace(copy), bytes);
     }
-    if constexpr (HasClone<T>::value) {
+    if constexpr (isPersistent<T> && HasClone<T>::value) {
       EXPECT_EQ(inPlace(*object.clone()), bytes);
     }
     load(bytes, target);
@@ -243,7 +255,7 @@ TYPED_TEST(ArchiveTest, RoundTripsSeveralInOneArchive) {
 TYPED_TEST(ArchiveTest, RefusesEachUnknownVersion) {
   this->forEachSample([this](const Sample<TypeParam>& sample, std::size_t i) {
     const GoldenArchive golden = goldenArchive(this->name(), sample.name);
-    EXPECT_FALSE(golden.versions.empty());
+    EXPECT_EQ(golden.versions.empty(), !hasVersion<TypeParam>);
     const std::size_t classHead = golden.bytes.size() - inPlace(sample.object).size();
     for (const GoldenArchive::Version& version : golden.versions) {
       for (const char value : {'\x01', '\x02', '\x7f', '\x80', '\xff'}) {

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/support/attention_counter.h"
+#include "vxclss/feature_pattern.h"
 #include "vxclss/result.h"
 #include "vxfoundation/exception.h"
 #include "vxfoundation/text.h"

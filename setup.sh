@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkgconf libgtest-dev libgmock-dev libbenchmark-dev libfmt-dev
-          libcli11-dev)
+          libcli11-dev nlohmann-json3-dev)
 case "${1:-}" in
   "") ;;
   --ci) packages+=(git binutils clang clang-format libclang-rt-14-dev gcovr) ;;

@@ -10,6 +10,7 @@
 #include "tools/dataset_options.h"
 #include "tools/error.h"
 #include "tools/evaluation.h"
+#include "tools/library_error.h"
 #include "tools/method_options.h"
 #include "tools/number_options.h"
 #include "tools/progress.h"
@@ -23,6 +24,8 @@ const char* const kExamples = R"(
 Examples:
   vxclss evaluate iris.csv --label species
   vxclss evaluate iris.csv --label species --method knn --k 9 --folds 5 --seed 7
+  vxclss evaluate iris.csv --label species --method bayes
+  vxclss evaluate iris.csv --label species --method bayes --dependent petal_length,petal_width
 
 The patterns of each category are dealt to the folds in turn. Each fold is then classified by a
 classifier that was trained on all the others, so that no pattern is judged by one that knew it.
@@ -63,12 +66,14 @@ class EvaluateCommand {
   Evaluation evaluate_(const Dataset& data) const {
     Progress progress("evaluating", static_cast<double>(data.numLabelled()), console_.bar());
     long done = 0;
-    return crossValidate(data.patterns, data.labels, data.names.categories.size(),
-                         *method_.params(data.names), wholeOf(folds_), wholeOf(seed_),
-                         [&](std::size_t) {
-                           throwIfStopped();
-                           progress.update(static_cast<double>(++done));
-                         });
+    const auto params = method_.params(data.names);
+    return explained(data.path, data.names, [&] {
+      return crossValidate(data.patterns, data.labels, data.names.categories.size(), *params,
+                           wholeOf(folds_), wholeOf(seed_), [&](std::size_t) {
+                             throwIfStopped();
+                             progress.update(static_cast<double>(++done));
+                           });
+    });
   }
 
   void report_(const Dataset& data, const Method& method, const Evaluation& evaluation) const {

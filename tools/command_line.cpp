@@ -21,6 +21,7 @@ const char* const kFooter = R"(
 Examples:
   vxclss evaluate iris.csv --label species
   vxclss train iris.csv --label species -o iris.model
+  vxclss show iris.model
   vxclss run iris.model new.csv
   vxclss train --help
 
@@ -74,6 +75,11 @@ int runCommandLine(int argc, const char* const* argv, const Console& console) {
   addTrain(app, console);
   addRun(app, console);
   addEvaluate(app, console);
+  addRetrain(app, console);
+  addShow(app, console);
+  addTree(app, console);
+  addRules(app, console);
+  addGenerate(app, console);
   const StopSignals signals;
   try {
     parse(app, argc, argv, console);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <fmt/format.h>
-#include <vxfoundation/vxfoundation.h>
 
 #include <iterator>
 #include <memory>
@@ -10,11 +9,10 @@
 
 #include "tools/commands.h"
 #include "tools/error.h"
+#include "tools/library_error.h"
 #include "tools/method_options.h"
 #include "tools/model_file.h"
-#include "tools/output_file.h"
-#include "tools/progress.h"
-#include "tools/stop.h"
+#include "tools/row_output.h"
 #include "tools/table.h"
 #include "tools/text.h"
 
@@ -35,63 +33,38 @@ The model's measurements are looked up by column name; other columns are ignored
 Rows are read and written one by one, so a file may be of any size. With -o the output appears whole
 or not at all; standard output holds the rows before an error.)";
 
-constexpr std::size_t kFlushBytes = 1 << 16;
-
 class RunCommand {
  public:
-  RunCommand(CLI::App& command, const Console& console) : console_(console) {
-    command.add_option("MODEL", model_, "Model file, as train writes it")
+  RunCommand(CLI::App& command, const Console& console) {
+    command.add_option("MODEL", model_, "Model file, as train and tree write it")
         ->type_name("")
         ->required();
-    command.add_option("DATA.csv", data_, "Patterns, one a row, under a row of column names")
-        ->type_name("")
-        ->required();
+    rows_.emplace(command, console);
     command.add_flag("--all", all_, "Write every category of a pattern, not only the decision");
-    command.add_option("-o,--output", output_, "File to write instead of standard output")
-        ->type_name("FILE");
     command.footer(kExamples);
   }
 
   void run() {
     const Model model = readModel(model_);
-    Table table(data_);
-    std::optional<OutputFile> file;
-    if (output_) file.emplace(*output_);
-    classifyRows_(model, table, file ? file->stream() : console_.out);
-    if (file) file->commit();
-  }
-
- private:
-  void classifyRows_(const Model& model, Table& table, std::ostream& out) const {
+    Table table(rows_->dataPath());
     std::vector<std::size_t> columns;
     for (const std::string& name : model.names.measurements) columns.push_back(table.column(name));
     const bool invalidAllowed = allowsInvalid(model.tool);
-    // Lines that scroll past tell enough.
-    const bool quiet = !output_ && console_.outIsTerminal;
-    Progress progress("classifying", table.size(), quiet ? nullptr : console_.bar());
-
-    std::string text = "row,category,class_score,match_score,expected_cost\n";
-    if (!table.next()) throw InputError(data_ + ": no rows after the column names");
-    do {
-      throwIfStopped();
-      append_(model.names, table.row(),
-              classify_(model, table, *table.pattern(columns, invalidAllowed)), text);
-      progress.update(table.bytesRead());
-      if (text.size() >= kFlushBytes) {
-        out << text;
-        text.clear();
-      }
-    } while (out && table.next());
-    out << text << std::flush;
+    rows_->write(table, "row,category,class_score,match_score,expected_cost\n",
+                 [&](std::string& text) {
+                   append_(model.names, table.row(),
+                           classify_(model, table, *table.pattern(columns, invalidAllowed)), text);
+                 });
   }
 
+ private:
   vxClassifierResult classify_(const Model& model, const Table& table,
                                const vxFeaturePattern& pattern) const {
     vxClassifierResult result;
     try {
       model.tool.run(pattern, result);
     } catch (const vxClassifierDefs::Errors& error) {
-      table.refuse(vfNarrow(error.message()));
+      table.refuse(libraryText(error, model.names));
     }
     return result;
   }
@@ -111,11 +84,9 @@ class RunCommand {
     }
   }
 
-  Console console_;
   std::string model_;
-  std::string data_;
+  std::optional<RowOutput> rows_;  // added after MODEL, which stands first on the command line
   bool all_ = false;
-  std::optional<std::string> output_;
 };
 
 }  // namespace

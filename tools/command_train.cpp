@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include <fmt/format.h>
-#include <vxfoundation/vxfoundation.h>
 
 #include <memory>
 #include <string>
 
 #include "tools/commands.h"
 #include "tools/dataset_options.h"
-#include "tools/error.h"
 #include "tools/evaluation.h"
+#include "tools/library_error.h"
 #include "tools/method_options.h"
 #include "tools/model_file.h"
 #include "tools/output_file.h"
@@ -22,10 +21,15 @@ Examples:
   vxclss train iris.csv --label species -o iris.model
   vxclss train iris.csv --label species --method knn --k 9 --order 1 -o iris.model
   vxclss train parts.csv --label kind --ignore id --cost crack,good=20 -o parts.model
+  vxclss train parts.csv --label kind --method bayes --dependent width,height \
+    --distribution scratches=binomial --maximum scratches=12 --frequency crack=0.01 -o parts.model
 
 The model file keeps the names of measurements and categories beside the classifier. Categories are
 numbered in the order of their names, whatever the order of the rows. Rows without a category are
-left out. The file appears whole or not at all.)";
+left out. The file appears whole or not at all.
+
+Nearest neighbours need every measurement; Bayes leaves out the ones that could not be taken. With
+Bayes, costs and frequencies can be changed afterwards: vxclss retrain --help.)";
 
 class TrainCommand {
  public:
@@ -45,14 +49,11 @@ class TrainCommand {
     model.names = data.names;
     // Every pattern is in fold 0, and none is left out but those of unknown category.
     const std::vector<long> folds(data.labels.size(), 0);
-    model.tool.train(trainingSet(data.patterns, data.labels, folds, -1),
-                     *method_.params(data.names));
-    try {
-      writeModel(model, file.stream());
-    } catch (const vxArchive::StreamFailure&) {
-      // commit() says why.
-    }
-    file.commit();
+    const auto params = method_.params(data.names);
+    explained(data_.path(), data.names, [&] {
+      model.tool.train(trainingSet(data.patterns, data.labels, folds, -1), *params);
+    });
+    saveModel(model, file);
     report_(data, method);
   }
 

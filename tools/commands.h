@@ -22,6 +22,11 @@ struct Console {
 void addTrain(CLI::App& app, const Console& console);
 void addRun(CLI::App& app, const Console& console);
 void addEvaluate(CLI::App& app, const Console& console);
+void addRetrain(CLI::App& app, const Console& console);
+void addShow(CLI::App& app, const Console& console);
+void addTree(CLI::App& app, const Console& console);
+void addRules(CLI::App& app, const Console& console);
+void addGenerate(CLI::App& app, const Console& console);
 
 /// Does what the command line asks for; gives the exit code. A failure is one line on console.err.
 int runCommandLine(int argc, const char* const* argv, const Console& console);

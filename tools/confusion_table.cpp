@@ -3,49 +3,16 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
+#include "tools/columns.h"
 #include "tools/text.h"
 
 namespace cli {
 namespace {
 
 constexpr std::size_t kWidestLine = 100;
-constexpr std::size_t kGap = 2;
-
-using Cells = std::vector<std::string>;
-
-std::vector<std::size_t> columnWidths(const std::vector<Cells>& lines) {
-  std::vector<std::size_t> widths(lines[0].size(), 0);
-  for (const Cells& line : lines) {
-    for (std::size_t i = 0; i < line.size(); ++i) {
-      widths[i] = std::max(widths[i], lengthOf(line[i]));
-    }
-  }
-  return widths;
-}
-
-std::size_t lineWidth(const std::vector<Cells>& lines) {
-  std::size_t sum = 0;
-  for (const std::size_t width : columnWidths(lines)) sum += width + kGap;
-  return sum - kGap;
-}
-
-/// The first column flush left, all others flush right.
-std::string aligned(const std::vector<Cells>& lines) {
-  const std::vector<std::size_t> widths = columnWidths(lines);
-  std::string text;
-  for (const Cells& line : lines) {
-    text += line[0] + std::string(widths[0] - lengthOf(line[0]), ' ');
-    for (std::size_t i = 1; i < line.size(); ++i) {
-      text += std::string(kGap + widths[i] - lengthOf(line[i]), ' ') + line[i];
-    }
-    text += '\n';
-  }
-  return text;
-}
 
 std::vector<Cells> tableLines(const Evaluation& evaluation, const Cells& rowNames,
                               const Cells& columnNames) {

@@ -3,9 +3,9 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <utility>
+#include <cstddef>
 
+#include "tools/bayes_method.h"
 #include "tools/error.h"
 #include "tools/number_options.h"
 #include "tools/text.h"
@@ -52,39 +52,12 @@ class KnnMethod : public Method {
   std::string order_ = "2";
 };
 
-/// Position of the category name in `names`, -1 if it isn't there.
-long labelOf(const Names& names, std::string_view category) {
-  const auto& all = names.categories;
-  const auto found = std::find(all.begin(), all.end(), trimmed(category));
-  return found == all.end() ? -1 : static_cast<long>(found - all.begin());
-}
-
-/// The labels of "TRUE,ASSIGNED". Names may hold commas, so each comma is tried as the one between.
-std::pair<long, long> labelPair(const Names& names, const std::string& text,
-                                std::string_view pair) {
-  std::vector<std::pair<long, long>> readings;
-  for (std::size_t comma = pair.find(','); comma != std::string_view::npos;
-       comma = pair.find(',', comma + 1)) {
-    const long first = labelOf(names, pair.substr(0, comma));
-    const long second = labelOf(names, pair.substr(comma + 1));
-    if (first >= 0 && second >= 0) readings.emplace_back(first, second);
-  }
-  if (readings.size() != 1) {
-    throw InputError(fmt::format("--cost: {} does not name two categories of the data: {}",
-                                 shown(text), fmt::join(names.categories, ", ")));
-  }
-  if (readings[0].first == readings[0].second) {
-    throw InputError(fmt::format("--cost: {} names one category twice; a correct decision is free",
-                                 shown(text)));
-  }
-  return readings[0];
-}
-
 }  // namespace
 
 std::vector<std::unique_ptr<Method>> allMethods() {
   std::vector<std::unique_ptr<Method>> methods;
   methods.push_back(std::make_unique<KnnMethod>());
+  methods.push_back(std::make_unique<BayesMethod>());
   return methods;
 }
 
@@ -102,47 +75,43 @@ MethodOptions::MethodOptions(CLI::App& command) : methods_(allMethods()) {
       .add_option("--method", method_,
                   fmt::format("Technique: {} (default {})", fmt::join(known, ", "), method_))
       ->type_name("METHOD");
-  for (const auto& method : methods_) method->addOptions(command);
-
-  const char* group = "Costs of wrong decisions";
-  command
-      .add_option("--default-cost", defaultCost_,
-                  "Cost of any wrong decision that has none of its own (default 1)")
-      ->check(positiveNumber(true))
-      ->type_name("COST")
-      ->group(group);
-  command
-      .add_option("--cost", costs_,
-                  "Cost of taking a pattern of category TRUE for one of ASSIGNED; may be repeated")
-      ->type_name("TRUE,ASSIGNED=COST")
-      ->allow_extra_args(false)
-      ->group(group);
+  for (const auto& method : methods_) {
+    const std::size_t before = command.get_options().size();
+    method->addOptions(command);
+    const std::vector<CLI::Option*> all = command.get_options();
+    options_.emplace_back(all.begin() + static_cast<std::ptrdiff_t>(before), all.end());
+  }
+  costs_.emplace(command);
 }
 
 const Method& MethodOptions::chosen() const {
+  if (method_ == "tree") {
+    throw InputError("--method: a tree is not learnt from data; make one with vxclss tree");
+  }
+  const Method* found = nullptr;
   std::vector<std::string> known;
   for (const auto& method : methods_) {
-    if (method->name() == method_) return *method;
+    if (method->name() == method_) found = method.get();
     known.push_back(method->name());
   }
-  throw InputError(
-      fmt::format("--method: no method {}; there are: {}", shown(method_), fmt::join(known, ", ")));
+  if (found == nullptr) {
+    throw InputError(fmt::format("--method: no method {}; there are: {}", shown(method_),
+                                 fmt::join(known, ", ")));
+  }
+  for (std::size_t i = 0; i < methods_.size(); ++i) {
+    if (methods_[i].get() == found) continue;
+    for (const CLI::Option* option : options_[i]) {
+      if (option->count() == 0) continue;
+      throw InputError(fmt::format("{}: an option of --method {}, not of {}", option->get_name(),
+                                   methods_[i]->name(), method_));
+    }
+  }
+  return *found;
 }
 
 vxPtrHandle<vxClassifierTrainParams> MethodOptions::params(const Names& names) const {
-  vxClassifierCosts costs(numberOf(defaultCost_));
-  for (const std::string& text : costs_) {
-    const std::size_t equals = text.rfind('=');
-    if (equals == std::string::npos) {
-      throw InputError(fmt::format("--cost: {} is not TRUE,ASSIGNED=COST", shown(text)));
-    }
-    const std::string_view whole = text;
-    const auto [actual, assigned] = labelPair(names, text, whole.substr(0, equals));
-    const std::string cost(trimmed(whole.substr(equals + 1)));
-    const std::string wrong = positiveNumber(true)(cost);
-    if (!wrong.empty()) throw InputError("--cost: " + wrong);
-    costs.misclassificationCostOverride(actual, assigned, numberOf(cost));
-  }
+  vxClassifierCosts costs(1.0);
+  costs_->apply(costs, names, "data");
   return chosen().params(names, costs);
 }
 

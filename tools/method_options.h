@@ -6,9 +6,11 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "tools/decision_options.h"
 #include "tools/table.h"
 
 namespace cli {
@@ -26,7 +28,7 @@ class Method {
   /// The options in words ("k 5, order 2"), once the command line was read.
   virtual std::string summary() const = 0;
 
-  /// What the library trains with.
+  /// What the library trains with. Throws InputError.
   virtual vxPtrHandle<vxClassifierTrainParams> params(const Names& names,
                                                       const vxClassifierCosts& costs) const = 0;
 
@@ -47,18 +49,19 @@ class MethodOptions {
  public:
   explicit MethodOptions(CLI::App& command);
 
-  /// The technique asked for. Throws InputError if there is none of that name.
+  /// The technique asked for. Throws InputError if there is none of that name, or if an option of
+  /// another one was given.
   const Method& chosen() const;
 
-  /// Its parameters for data of these names. Throws InputError for a cost between categories that
-  /// the data doesn't have.
+  /// Its parameters for data of these names. Throws InputError for an option that names what the
+  /// data doesn't have.
   vxPtrHandle<vxClassifierTrainParams> params(const Names& names) const;
 
  private:
   std::vector<std::unique_ptr<Method>> methods_;
+  std::vector<std::vector<CLI::Option*>> options_;  // of each technique
   std::string method_ = "knn";
-  std::string defaultCost_ = "1";
-  std::vector<std::string> costs_;
+  std::optional<CostOptions> costs_;  // added last, so that its group stands last in the help
 };
 
 }  // namespace cli

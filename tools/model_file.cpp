@@ -70,6 +70,15 @@ void writeModel(Model& model, std::ostream& stream) {
   archive || model.tool || tag || version || measurements || categories;
 }
 
+void saveModel(Model& model, OutputFile& file) {
+  try {
+    writeModel(model, file.stream());
+  } catch (const vxArchive::StreamFailure&) {
+    // commit() says why.
+  }
+  file.commit();
+}
+
 Model readModel(const std::string& path) { return readModel(*openInput(path), path); }
 
 Model readModel(std::istream& stream, const std::string& name) {

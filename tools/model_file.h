@@ -8,6 +8,7 @@
 #include <ostream>
 #include <string>
 
+#include "tools/output_file.h"
 #include "tools/table.h"
 
 namespace cli {
@@ -27,6 +28,10 @@ struct Model {
 /// and goes on with the wide string "vxclss model", a version byte 0, the measurement names and the
 /// category names (vectors of wide strings). Throws what the archive throws.
 void writeModel(Model& model, std::ostream& stream);
+
+/// Writes a model file to `file` and commits it. Throws InputError if it can't be written, and
+/// what the archive throws.
+void saveModel(Model& model, OutputFile& file);
 
 /// Reads a model file, ready to run. `name` stands for the stream in messages. Throws InputError
 /// unless the stream is one from its first byte to its last.

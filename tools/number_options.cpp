@@ -32,6 +32,14 @@ OptionCheck positiveNumber(bool zeroAllowed) {
   };
 }
 
+OptionCheck share() {
+  return [](const std::string& text) -> std::string {
+    const std::optional<double> number = parsedNumber(text);
+    if (number && *number >= 0.0 && *number <= 1.0) return {};
+    return shown(text) + " is not a number from 0 to 1";
+  };
+}
+
 long wholeOf(const std::string& text) { return static_cast<long>(numberOf(text)); }
 
 double numberOf(const std::string& text) { return parsedNumber(text).value(); }

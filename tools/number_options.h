@@ -17,6 +17,9 @@ OptionCheck wholeNumber(long low);
 /// A finite number > 0, or >= 0 if `zeroAllowed`.
 OptionCheck positiveNumber(bool zeroAllowed);
 
+/// A number in [0, 1].
+OptionCheck share();
+
 /// The number of a text that passed the check.
 long wholeOf(const std::string& text);
 double numberOf(const std::string& text);

@@ -190,13 +190,14 @@ void loadScore(vxArchive& archive, vxPtrHandle<vxClsFtSc>& handle) {
 vxArchive& operator||(vxArchive& archive, vxPtrHandle<vxClsFtSc>& score) {
   vx_Transfer transfer(archive);
   if (archive.isStoring()) {
-    const std::type_info& type = typeid(*score);
+    const vxClsFtSc& function = *score;
+    const std::type_info& type = typeid(function);
     if (type == typeid(vxClassifierFeatureScoreIgnore)) {
-      storeScore<vxClassifierFeatureScoreIgnore>(archive, kIgnoreTag, *score);
+      storeScore<vxClassifierFeatureScoreIgnore>(archive, kIgnoreTag, function);
     } else if (type == typeid(vxClassifierFeatureScoreOneSided)) {
-      storeScore<vxClassifierFeatureScoreOneSided>(archive, kOneSidedTag, *score);
+      storeScore<vxClassifierFeatureScoreOneSided>(archive, kOneSidedTag, function);
     } else if (type == typeid(vxClassifierFeatureScoreTwoSided)) {
-      storeScore<vxClassifierFeatureScoreTwoSided>(archive, kTwoSidedTag, *score);
+      storeScore<vxClassifierFeatureScoreTwoSided>(archive, kTwoSidedTag, function);
     }
   } else {
     unsigned long tag = 0;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "tests/tools/command_line.h"
+
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -12,47 +14,16 @@
 #include <thread>
 #include <vector>
 
-#include "tests/tools/scratch.h"
 #include "tools/model_file.h"
 
 namespace {
 
-using Names = std::vector<std::string>;
-
-const std::string kIris = VXCLSS_SOURCE_TREE "/examples/data/iris.csv";
-
-class CommandLineTest : public testing::Test {
- protected:
-  /// Runs `vxclss arguments...`; names of files with a '.' stand for files of the scratch
-  /// directory.
-  Outcome run(Names arguments) const {
-    for (std::string& argument : arguments) {
-      const std::string kind = std::filesystem::path(argument).extension().string();
-      const bool isFile = kind == ".csv" || kind == ".model" || kind == ".out";
-      if (isFile && argument[0] != '/') argument = scratch_.path(argument);
-    }
-    Outcome outcome = vxclss(arguments);
-    outcome.out = scratch_.withoutPath(outcome.out);
-    outcome.err = scratch_.withoutPath(outcome.err);
-    return outcome;
-  }
-
-  Scratch scratch_;
-};
-
-std::string lineOf(const std::string& text, const std::string& start) {
-  std::istringstream stream(text);
-  std::string line;
-  while (std::getline(stream, line)) {
-    if (line.compare(0, start.size(), start) == 0) return line;
-  }
-  return {};
-}
-
 TEST_F(CommandLineTest, TellsItsVersionAndItsUse) {
   EXPECT_EQ(run({"--version"}).out, "vxclss " VXCLSS_VERSION "\n");
-  for (const Names& arguments : {Names{"--help"}, Names{"train", "--help"}, Names{"run", "--help"},
-                                 Names{"evaluate", "--help"}}) {
+  for (const Names& arguments :
+       {Names{"--help"}, Names{"train", "--help"}, Names{"run", "--help"},
+        Names{"evaluate", "--help"}, Names{"retrain", "--help"}, Names{"show", "--help"},
+        Names{"tree", "--help"}, Names{"rules", "--help"}, Names{"generate", "--help"}}) {
     const Outcome help = run(arguments);
     EXPECT_EQ(help.code, 0);
     EXPECT_EQ(help.err, "");
@@ -149,12 +120,7 @@ TEST_F(CommandLineTest, RefusesBadInputInOneLineAndWritesNothing) {
   scratch_.file("header.csv", "x,y\n");
   scratch_.file("empty.csv", "");
   ASSERT_EQ(mkfifo(scratch_.path("pipe.out").c_str(), 0600), 0);
-  const Names before = scratch_.names();
-  const struct {
-    const char* name;
-    Names arguments;
-    const char* refusal;
-  } table[] = {
+  expectRefusals({
       {"no command", {}, "A subcommand is required (see vxclss --help)"},
       {"unknown command", {"trein"}, "no command \"trein\" (see vxclss --help)"},
       {"no data", {"train"}, "DATA.csv is required (see vxclss train --help)"},
@@ -178,7 +144,7 @@ TEST_F(CommandLineTest, RefusesBadInputInOneLineAndWritesNothing) {
        "good.csv: 2 patterns of known category are too few for 3 folds"},
       {"unknown method",
        {"train", "good.csv", "--label", "kind", "--method", "magic", "-o", "m.model"},
-       "--method: no method \"magic\"; there are: knn"},
+       "--method: no method \"magic\"; there are: knn, bayes"},
       {"negative cost",
        {"train", "good.csv", "--label", "kind", "--cost", "a,b=-1", "-o", "m.model"},
        "--cost: \"-1\" is not a number >= 0"},
@@ -226,15 +192,7 @@ TEST_F(CommandLineTest, RefusesBadInputInOneLineAndWritesNothing) {
       {"output onto a pipe",
        {"run", "good.model", "good.csv", "-o", "pipe.out"},
        "pipe.out: is not a regular file"},
-  };
-  for (const auto& row : table) {
-    SCOPED_TRACE(row.name);
-    const Outcome outcome = run(row.arguments);
-    EXPECT_EQ(outcome.code, 2);
-    EXPECT_EQ(outcome.out, "");
-    EXPECT_EQ(outcome.err, std::string("vxclss: ") + row.refusal + "\n");
-    EXPECT_EQ(scratch_.names(), before);
-  }
+  });
 }
 
 TEST_F(CommandLineTest, RefusesADecisionThatTheModelHasNoNameFor) {

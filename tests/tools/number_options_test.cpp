@@ -32,4 +32,12 @@ TEST(NumberOptionsTest, AcceptFiniteNumbersAboveZero) {
   EXPECT_EQ(cli::numberOf("1e-3"), 0.001);
 }
 
+TEST(NumberOptionsTest, AcceptSharesWithTheirEnds) {
+  const cli::OptionCheck check = cli::share();
+  for (const char* text : {"0", "0.5", "1", "1e-400"}) EXPECT_EQ(check(text), "") << text;
+  for (const char* text : {"-0.1", "1.0000001", "nan", "inf", ""})
+    EXPECT_NE(check(text), "") << text;
+  EXPECT_EQ(check("2"), "\"2\" is not a number from 0 to 1");
+}
+
 }  // namespace

@@ -22,6 +22,9 @@ function(vxclss_tests name)
   # Private headers too, found as the libraries' own sources find them.
   target_include_directories(${name} PRIVATE
     ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/foundation ${PROJECT_SOURCE_DIR}/clss)
+  # Half of a test's compile time is what nearly all of them include.
+  target_precompile_headers(${name} PRIVATE
+    <gmock/gmock.h> <gtest/gtest.h> <functional> <sstream> <string> <vector>)
   target_compile_definitions(${name} PRIVATE
     VXCLSS_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data"
     VXCLSS_SOURCE_TREE="${PROJECT_SOURCE_DIR}")

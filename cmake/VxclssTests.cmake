@@ -22,6 +22,11 @@ function(vxclss_tests name)
   # Private headers too, found as the libraries' own sources find them.
   target_include_directories(${name} PRIVATE
     ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/foundation ${PROJECT_SOURCE_DIR}/clss)
+  # What is tested keeps its optimisation; the tests themselves take a quarter of the time to compile
+  # without.
+  if(NOT MSVC)
+    target_compile_options(${name} PRIVATE -O0)
+  endif()
   # Half of a test's compile time is what nearly all of them include.
   target_precompile_headers(${name} PRIVATE
     <gmock/gmock.h> <gtest/gtest.h> <functional> <sstream> <string> <vector>)

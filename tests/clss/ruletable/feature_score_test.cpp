@@ -220,13 +220,13 @@ TEST(OneSidedScoreTest, SetsXValuesUncheckedAndReportsThemWhenItScores) {
 
 TEST(OneSidedScoreTest, ChecksItsYSetters) {
   OneSided score;
-  score.y0(0.0);
-  score.y0(1.0);
+  for (const double good : {0.0, 0.5, 1.0, 0.25, -0.0}) {
+    score.y0(good);
+    score.y1(good);
+    EXPECT_EQ(score.y0(), good);
+    EXPECT_EQ(score.y1(), good);
+  }
   score.y0(0.25);
-  score.y1(1.0);
-  score.y1(0.0);
-  score.y1(-0.0);
-  EXPECT_EQ(score.y0(), 0.25);
   for (const double bad : {1.0000001, -0.1, -kTiny, kInfinity, -kInfinity}) {
     expectRefused<BadParams>(
         score, [&] { score.y0(bad); }, kBadY0);

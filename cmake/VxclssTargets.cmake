@@ -47,6 +47,10 @@ else()
   target_compile_definitions(vxclss_build INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 endif()
 
+if(NOT VXCLSS_SIMD)
+  target_compile_definitions(vxclss_build INTERFACE VXCLSS_NO_SIMD)
+endif()
+
 if(VXCLSS_SANITIZE)
   list(JOIN VXCLSS_SANITIZE "," vxclss_sanitizers)
   target_compile_options(vxclss_build INTERFACE

@@ -3,6 +3,7 @@
 
 #include <atomic>
 
+#include "kernel/attended.h"
 #include "stop_status.h"
 
 namespace {
@@ -25,3 +26,5 @@ long vfCheckAttention() {
   const bool stop = handler(currentContext.load(std::memory_order_relaxed));
   return stop ? static_cast<long>(kStopStatus) : 0;
 }
+
+bool vx_isAttended() noexcept { return currentHandler.load(std::memory_order_relaxed) != nullptr; }

@@ -2,6 +2,9 @@
 #ifndef FOUNDATION_KERNEL_SIMD_H_
 #define FOUNDATION_KERNEL_SIMD_H_
 
+#include <cstddef>
+#include <cstdint>
+
 #include "vxfoundation/export.h"
 
 // One binary serves every processor of its family: the build assumes the oldest one, and a loop
@@ -34,5 +37,16 @@ VXFOUNDATION_EXPORT void vx_simdLimit(vx_Simd highest) noexcept;
 #define VX_SIMD_AVX2 __attribute__((target("avx2")))
 #define VX_SIMD_AVX512 __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl")))
 #endif
+
+/// The number of the lowest bit that is set; `bits` is not 0.
+inline std::size_t vx_lowestBit(std::uint32_t bits) noexcept {
+#if defined(__GNUC__) || defined(__clang__)
+  return static_cast<std::size_t>(__builtin_ctz(bits));
+#else
+  std::size_t number = 0;
+  for (; (bits & 1) == 0; bits >>= 1) ++number;
+  return number;
+#endif
+}
 
 #endif  // FOUNDATION_KERNEL_SIMD_H_

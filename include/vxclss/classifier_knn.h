@@ -63,7 +63,8 @@ class VXCLSS_EXPORT vx_ClassifierKNN : public vx_Classifier {
 
   /// Throws what checkRunnable_() does; BadFeatures if the query has an invalid measurement or
   /// another number of measurements than the stored patterns; what the metric throws. Polls the
-  /// attention check once a stored pattern. Linear in the number of stored patterns.
+  /// attention check once a stored pattern. Linear in the number of stored patterns. The first run
+  /// after loading, or after many patterns were added, also lays the patterns out for the search.
   void run_(const vxFeaturePattern& pattern, vxClassifierResult& result) const override;
 
   void dispatchSerialize(vxArchive& archive) override;
@@ -83,6 +84,9 @@ class VXCLSS_EXPORT vx_ClassifierKNN : public vx_Classifier {
   /// last place of a full list is not admitted.
   void findNearestNeighbors_(const vxFeaturePattern& pattern, long k, std::vector<long>& indices,
                              std::vector<double>& distances) const;
+  /// The same neighbours in no particular order, kept by this thread's vx_NeighbourSearch; null
+  /// where that has to leave the search to its definition.
+  const std::vector<long>* findQuickly_(const vxFeaturePattern& pattern) const;
   void fillMatchResults_(const std::vector<long>& indices,
                          std::vector<vxClassifierCategoryResult>& results) const;
 

@@ -2,6 +2,7 @@
 #ifndef VXCLSS_DATA_PROVIDER_H_
 #define VXCLSS_DATA_PROVIDER_H_
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,8 @@
 #include "vxclss/feature_pattern.h"
 #include "vxfoundation/handle.h"
 #include "vxfoundation/persistent.h"
+
+class vx_PackedPatterns;
 
 /// A source of labelled patterns; every training reads one through this interface only.
 ///
@@ -94,12 +97,39 @@ class VXCLSS_EXPORT vxClassifierDataProviderMemory : public vxClassifierDataProv
   void dispatchSerialize(vxArchive& archive) override;
 
  private:
+  friend class vx_ClassifierKNN;
+
+  using Patterns = std::vector<vxPtrHandle_const<vxFeaturePattern>>;
+
+  /// The patterns laid out for the neighbour search. Not part of the value: a copy starts without.
+  class Packed {
+   public:
+    Packed() noexcept = default;
+    Packed(const Packed&) noexcept {}
+    Packed(Packed&& other) noexcept : patterns_(other.patterns_.exchange(nullptr)) {}
+    Packed& operator=(Packed other) noexcept;
+    ~Packed();
+
+    /// What was made or is made now; null where memory is lacking.
+    const vx_PackedPatterns* get(const Patterns& patterns) const noexcept;
+    /// Goes on with one more pattern, the last of `patterns`.
+    void added(const Patterns& patterns) noexcept;
+    void drop() noexcept { *this = Packed(); }
+
+   private:
+    mutable std::atomic<vx_PackedPatterns*> patterns_{nullptr};
+  };
+
+  void data_(Patterns&& patterns, std::vector<long>&& labels);
+  const vx_PackedPatterns* packedPatterns_() const noexcept { return packed_.get(patterns_); }
+
   static vxPersistent* make();
   static vx_Instantiator sExemplar;
 
   std::wstring name_;
   std::wstring description_;
-  std::vector<vxPtrHandle_const<vxFeaturePattern>> patterns_;
+  Packed packed_;  // before the patterns: an assignment drops it first
+  Patterns patterns_;
   std::vector<long> labels_;  // as long as patterns_
 };
 

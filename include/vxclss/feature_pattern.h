@@ -2,6 +2,8 @@
 #ifndef VXCLSS_FEATURE_PATTERN_H_
 #define VXCLSS_FEATURE_PATTERN_H_
 
+#include <atomic>
+#include <cstdint>
 #include <vector>
 
 #include "vxclss/export.h"
@@ -23,9 +25,9 @@ class VXCLSS_EXPORT vxFeaturePattern : public vxPersistent, public vxRepBase {
   vxFeaturePattern(const std::vector<double>& measurements,
                    const std::vector<long>& invalidIndices);
   vxFeaturePattern(const vxFeaturePattern&) = default;
-  vxFeaturePattern(vxFeaturePattern&&) = default;
+  vxFeaturePattern(vxFeaturePattern&& other) noexcept;
   vxFeaturePattern& operator=(const vxFeaturePattern& other);
-  vxFeaturePattern& operator=(vxFeaturePattern&&) = default;
+  vxFeaturePattern& operator=(vxFeaturePattern&& other) noexcept;
   ~vxFeaturePattern() override;
 
   long numMeasurements() const { return static_cast<long>(measurements_.size()); }
@@ -34,7 +36,7 @@ class VXCLSS_EXPORT vxFeaturePattern : public vxPersistent, public vxRepBase {
   bool isValid(long index) const;
 
   /// Number of invalid measurements.
-  long numInvalid() const;
+  long numInvalid() const { return numInvalid_; }
 
   /// Indices of the invalid measurements, ascending.
   std::vector<long> invalidFeatureIndices();
@@ -58,11 +60,36 @@ class VXCLSS_EXPORT vxFeaturePattern : public vxPersistent, public vxRepBase {
   void dispatchSerialize(vxArchive& archive) override;
 
  private:
+  friend class vx_PackedPatterns;
+
+  /// How many packed training sets hold a copy of the pattern's measurements. It belongs to the
+  /// object, not to its value; changing the value of a packed pattern moves a process-wide counter,
+  /// by which those sets see that they must look again.
+  class PackedMark {
+   public:
+    PackedMark() noexcept = default;
+    PackedMark(const PackedMark&) noexcept {}
+    PackedMark& operator=(const PackedMark&) = delete;
+
+    void add() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
+    void remove() noexcept { count_.fetch_sub(1, std::memory_order_relaxed); }
+
+    void valueChanges() noexcept {
+      if (count_.load(std::memory_order_relaxed) != 0) changes.fetch_add(1);
+    }
+    static std::atomic<std::uint64_t> changes;
+
+   private:
+    std::atomic<std::int32_t> count_{0};
+  };
+
   static vxPersistent* make();
   static vx_Instantiator sExemplar;
 
   std::vector<double> measurements_;
   std::vector<bool> validity_;  // as long as measurements_
+  long numInvalid_ = 0;         // what validity_ says
+  mutable PackedMark packed_;
 };
 
 #endif  // VXCLSS_FEATURE_PATTERN_H_

@@ -2,9 +2,12 @@
 #include "vxclss/data_provider.h"
 
 #include <algorithm>
+#include <memory>
+#include <new>
 #include <utility>
 
 #include "make_room.h"
+#include "packed_patterns.h"
 #include "vxclss/errors.h"
 #include "vxfoundation/archive.h"
 
@@ -30,6 +33,33 @@ void vxClassifierDataProvider::dispatchSerialize(vxArchive& archive) {
   }
 }
 
+vxClassifierDataProviderMemory::Packed& vxClassifierDataProviderMemory::Packed::operator=(
+    Packed other) noexcept {
+  other.patterns_ = patterns_.exchange(other.patterns_);
+  return *this;
+}
+
+vxClassifierDataProviderMemory::Packed::~Packed() { delete patterns_.load(); }
+
+const vx_PackedPatterns* vxClassifierDataProviderMemory::Packed::get(
+    const Patterns& patterns) const noexcept {
+  vx_PackedPatterns* current = patterns_.load(std::memory_order_acquire);
+  if (current != nullptr) return current;
+  try {
+    auto made = std::make_unique<vx_PackedPatterns>(patterns);
+    // Of several threads that make it at once the first publishes; all use that one.
+    if (patterns_.compare_exchange_strong(current, made.get())) current = made.release();
+    return current;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+void vxClassifierDataProviderMemory::Packed::added(const Patterns& patterns) noexcept {
+  vx_PackedPatterns* current = patterns_.load(std::memory_order_relaxed);
+  if (current != nullptr && !current->append(patterns)) drop();
+}
+
 vxClassifierDataProviderMemory::vxClassifierDataProviderMemory() = default;
 
 vxClassifierDataProviderMemory& vxClassifierDataProviderMemory::operator=(
@@ -37,11 +67,17 @@ vxClassifierDataProviderMemory& vxClassifierDataProviderMemory::operator=(
   return *this = vxClassifierDataProviderMemory(other);
 }
 
-vxClassifierDataProviderMemory::~vxClassifierDataProviderMemory() = default;
+vxClassifierDataProviderMemory::~vxClassifierDataProviderMemory() {
+  packed_.drop();  // while there are patterns
+}
 
 void vxClassifierDataProviderMemory::data(
     const std::vector<vxPtrHandle_const<vxFeaturePattern>>& patterns,
     const std::vector<long>& labels) {
+  data_(Patterns(patterns), std::vector<long>(labels));
+}
+
+void vxClassifierDataProviderMemory::data_(Patterns&& patterns, std::vector<long>&& labels) {
   if (patterns.size() != labels.size()) {
     throw vxClassifierDefs::BadFeatures(
         L"The number of the feature patterns must be equal to the number of category labels");
@@ -54,11 +90,10 @@ void vxClassifierDataProviderMemory::data(
   }
   for (const long label : labels) checkLabel(label);
 
-  auto newPatterns = patterns;
-  auto newLabels = labels;
   mutating_();
-  patterns_.swap(newPatterns);
-  labels_.swap(newLabels);
+  packed_.drop();
+  patterns_.swap(patterns);
+  labels_.swap(labels);
 }
 
 void vxClassifierDataProviderMemory::addData(const vxPtrHandle_const<vxFeaturePattern>& pattern,
@@ -73,6 +108,7 @@ void vxClassifierDataProviderMemory::addData(const vxPtrHandle_const<vxFeaturePa
   mutating_();
   patterns_.push_back(pattern);
   labels_.push_back(label);
+  packed_.added(patterns_);
 }
 
 std::wstring vxClassifierDataProviderMemory::name() const { return name_; }

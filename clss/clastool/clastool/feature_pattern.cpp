@@ -23,24 +23,44 @@ vxFeaturePattern::vxFeaturePattern(const std::vector<double>& measurements,
     if (static_cast<std::size_t>(index) >= measurements.size()) {
       throw vxClassifierDefs::BadIndex(L"Feature measurement indices must be < number of features");
     }
-    validity_[static_cast<std::size_t>(index)] = false;
+    std::vector<bool>::reference isValid = validity_[static_cast<std::size_t>(index)];
+    if (isValid) ++numInvalid_;
+    isValid = false;
   }
   measurements_ = measurements;
+}
+
+vxFeaturePattern::vxFeaturePattern(vxFeaturePattern&& other) noexcept
+    : vxPersistent(std::move(other)),
+      vxRepBase(other),
+      measurements_(std::move(other.measurements_)),
+      validity_(std::move(other.validity_)),
+      numInvalid_(std::exchange(other.numInvalid_, 0)) {
+  other.packed_.valueChanges();
 }
 
 vxFeaturePattern& vxFeaturePattern::operator=(const vxFeaturePattern& other) {
   return *this = vxFeaturePattern(other);
 }
 
+vxFeaturePattern& vxFeaturePattern::operator=(vxFeaturePattern&& other) noexcept {
+  if (this == &other) return *this;
+  vxPersistent::operator=(std::move(other));
+  packed_.valueChanges();
+  other.packed_.valueChanges();
+  measurements_ = std::move(other.measurements_);
+  validity_ = std::move(other.validity_);
+  numInvalid_ = std::exchange(other.numInvalid_, 0);
+  return *this;
+}
+
 vxFeaturePattern::~vxFeaturePattern() = default;
+
+std::atomic<std::uint64_t> vxFeaturePattern::PackedMark::changes{0};
 
 bool vxFeaturePattern::isValid(long index) const {
   checkNotNegative(index);
   return index < numMeasurements() && validity_[static_cast<std::size_t>(index)];
-}
-
-long vxFeaturePattern::numInvalid() const {
-  return static_cast<long>(std::count(validity_.begin(), validity_.end(), false));
 }
 
 std::vector<long> vxFeaturePattern::invalidFeatureIndices() {
@@ -79,6 +99,9 @@ void vxFeaturePattern::dispatchSerialize(vxArchive& archive) {
       archive || target.measurements_ || target.validity_;
       if (target.measurements_.size() != target.validity_.size()) {
         throw vxArchive::Malformed(L"A pattern without a validity flag for each measurement");
+      }
+      if (archive.isLoading()) {
+        target.numInvalid_ = std::count(target.validity_.begin(), target.validity_.end(), false);
       }
     };
     vfTransferStaged(archive, *this, fields, std::vector<double>(), std::vector<long>());

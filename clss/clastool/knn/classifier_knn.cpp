@@ -2,9 +2,13 @@
 #include "vxclss/classifier_knn.h"
 
 #include <algorithm>
-#include <limits>
-#include <map>
+#include <typeinfo>
+#include <utility>
 
+#include "kernel/attended.h"
+#include "kernel/scratch.h"
+#include "neighbour_list.h"
+#include "neighbour_search.h"
 #include "vxclss/errors.h"
 #include "vxfoundation/archive.h"
 #include "vxfoundation/attention.h"
@@ -56,14 +60,15 @@ void vx_ClassifierKNN::train_(const vxClassifierDataProvider& data,
   std::vector<long> labels;
   const long count = data.numPatterns();
   for (long i = 0; i < count; ++i) {
-    const vxPtrHandle_const<vxFeaturePattern> pattern = data.featurePattern(i);
+    vxPtrHandle_const<vxFeaturePattern> pattern = data.featurePattern(i);
     if (pattern->numInvalid() != 0) throwUnsupportedMeasurements();
     const long label = data.categoryLabel(i);
     if (label == kUnknownLabel) continue;
-    patterns.push_back(pattern);
+    patterns.push_back(std::move(pattern));
     labels.push_back(label);
   }
-  data_->data(patterns, labels);
+  data_->data_(std::move(patterns), std::move(labels));
+  data_->packedPatterns_();
 }
 
 void vx_ClassifierKNN::retrain_(const vxClassifierTrainParams& params) {
@@ -92,12 +97,15 @@ void vx_ClassifierKNN::run_(const vxFeaturePattern& pattern, vxClassifierResult&
   if (pattern.numInvalid() != 0 || pattern.numMeasurements() != data_->numMeasurements()) {
     throwUnsupportedMeasurements();
   }
-  std::vector<long> indices;
-  std::vector<double> distances;
-  findNearestNeighbors_(pattern, params_.k(), indices, distances);
-
   std::vector<vxClassifierCategoryResult> matchResults;
-  fillMatchResults_(indices, matchResults);
+  if (const std::vector<long>* neighbours = findQuickly_(pattern)) {
+    fillMatchResults_(*neighbours, matchResults);
+  } else {
+    std::vector<long> indices;
+    std::vector<double> distances;
+    findNearestNeighbors_(pattern, params_.k(), indices, distances);
+    fillMatchResults_(indices, matchResults);
+  }
   result = vxClassifierResult(matchResults, vxClassifierFrequencies(1.0),
                               params_.misclassificationCosts(), 0.0);
 }
@@ -115,37 +123,54 @@ void vx_ClassifierKNN::findNearestNeighbors_(const vxFeaturePattern& pattern, lo
                                              std::vector<long>& indices,
                                              std::vector<double>& distances) const {
   const long stored = data_->numPatterns();
-  const auto places = static_cast<std::size_t>(std::min(k, stored));  // k may be huge
-  indices.assign(places, 0);
-  distances.assign(places, std::numeric_limits<double>::infinity());
   const vxPtrHandle_const<vxPatternDistanceMetric> metric = params_.distanceMetric();
-
-  std::size_t count = 0;
+  // k may be huge.
+  vx_NeighbourList list(static_cast<std::size_t>(std::min(k, stored)), indices, distances);
   for (long i = 0; i < stored; ++i) {
     vfThrowExceptionOnFailure(vfCheckAttention());
-    const double d = metric->distance(pattern, *data_->featurePattern(i));
-    if (count == places && d >= distances.back()) continue;
-
-    // A NaN stops the scan at once, and so does a NaN already in the list.
-    std::size_t place = 0;
-    while (d > distances[place]) ++place;
-    if (count < places) ++count;
-    for (std::size_t last = count - 1; last > place; --last) {
-      indices[last] = indices[last - 1];
-      distances[last] = distances[last - 1];
-    }
-    indices[place] = i;
-    distances[place] = d;
+    list.admit(i, metric->distance(pattern, *data_->featurePattern(i)));
   }
+}
+
+const std::vector<long>* vx_ClassifierKNN::findQuickly_(const vxFeaturePattern& pattern) const {
+  const vxClassifierDataProviderMemory& data = *data_;
+  const vxPatternDistanceMetric* metric = params_.distanceMetric().get();
+  // A host's own class may answer otherwise.
+  if (metric == nullptr || typeid(*metric) != typeid(vxPatternDistanceMetricNorm) ||
+      typeid(data) != typeid(vxClassifierDataProviderMemory)) {
+    return nullptr;
+  }
+  const vx_PackedPatterns* packed = data.packedPatterns_();
+  if (packed == nullptr || !packed->isUsable()) return nullptr;
+
+  vx_NeighbourSearch& search = vx_NeighbourSearch::ofThisThread();
+  if (!search.find(*packed, pattern, static_cast<const vxPatternDistanceMetricNorm&>(*metric),
+                   static_cast<std::size_t>(params_.k()))) {
+    return nullptr;
+  }
+  // No distance can fail here, so all polls may come after all distances.
+  const long polls = vx_isAttended() ? data.numPatterns() : 0;
+  for (long i = 0; i < polls; ++i) vfThrowExceptionOnFailure(vfCheckAttention());
+  return &search.neighbours();
 }
 
 void vx_ClassifierKNN::fillMatchResults_(const std::vector<long>& indices,
                                          std::vector<vxClassifierCategoryResult>& results) const {
-  std::map<long, long> neighboursByLabel;
-  for (const long index : indices) ++neighboursByLabel[data_->categoryLabel(index)];
+  vx_Scratch<long> scratch(indices.size());
+  long* const labels = scratch.data();
+  long* const end = std::transform(indices.begin(), indices.end(), labels,
+                                   [this](long index) { return data_->categoryLabel(index); });
+  std::sort(labels, end);
   const double share = 1.0 / static_cast<double>(indices.size());
-  for (const auto& [label, neighbours] : neighboursByLabel) {
-    results.emplace_back(label, static_cast<double>(neighbours) * share, 0.0, 0.0);
+  std::size_t categories = 0;
+  for (const long* label = labels; label != end; ++label) {
+    if (label == labels || label[0] != label[-1]) ++categories;
+  }
+  results.reserve(categories);
+  for (const long* first = labels; first != end;) {
+    const long* const last = std::upper_bound(first, static_cast<const long*>(end), *first);
+    results.emplace_back(*first, static_cast<double>(last - first) * share, 0.0, 0.0);
+    first = last;
   }
 }
 

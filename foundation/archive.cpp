@@ -11,9 +11,8 @@
 
 namespace {
 
-// What is read or converted in one piece. A count in hostile bytes reserves no more than this
-// before its elements have really arrived.
-constexpr std::size_t kPieceBytes = 4096;
+// The most that is read at once, however much of it is there.
+constexpr std::size_t kMostBytes = 1 << 24;
 
 thread_local vx_ArchivePass* innermostPass = nullptr;
 
@@ -27,23 +26,95 @@ std::wstring unknownVersionText(const std::string& name) {
   return text;
 }
 
+void storeFlags(vxArchive& archive, const std::vector<bool>& flags) {
+  unsigned char piece[kPieceBytes];
+  std::vector<bool>::const_iterator flag = flags.begin();
+  for (std::size_t left = flags.size(); left > 0;) {
+    const std::size_t size = std::min(left, kPieceBytes);
+    for (std::size_t i = 0; i < size; ++i, ++flag) piece[i] = *flag ? 1 : 0;
+    vx_ArchiveBytes::transfer(archive, piece, size);
+    left -= size;
+  }
+}
+
+bool areAllSet(const unsigned char* flags, std::size_t count) {
+  constexpr std::uint64_t kAllSet = 0x0101010101010101;
+  std::size_t i = 0;
+  for (std::uint64_t eight; i + 8 <= count; i += 8) {
+    std::memcpy(&eight, flags + i, 8);
+    if (eight != kAllSet) return false;
+  }
+  while (i < count && flags[i] == 1) ++i;
+  return i == count;
+}
+
+std::vector<bool> loadedFlags(vxArchive& archive, std::size_t count) {
+  // Setting many at once is fast, and of what patterns hold nearly all are set.
+  std::vector<bool> flags(std::min(count, vx_ArchiveBytes::numReady(archive)), true);
+  unsigned char piece[kPieceBytes];
+  std::size_t size = 0;
+  for (std::size_t done = 0; done < count; done += size) {
+    size = std::min(count - done, kPieceBytes);
+    vx_ArchiveBytes::transfer(archive, piece, size);
+    if (flags.size() < done + size) flags.resize(done + size, true);
+    if (areAllSet(piece, size)) continue;
+    for (std::size_t i = 0; i < size; ++i) {
+      if (piece[i] > 1) throw vxArchive::Malformed(L"A flag that is neither 0 nor 1");
+      if (piece[i] == 0) flags[done + i] = false;
+    }
+  }
+  return flags;
+}
+
+unsigned char* bytesOf(const std::vector<double>& values, std::size_t index) {
+  return reinterpret_cast<unsigned char*>(const_cast<double*>(values.data() + index));
+}
+
+void storeDoubles(vxArchive& archive, const std::vector<double>& values, std::size_t count) {
+  if (count == 0) return;
+  if (vx_isLittleEndian()) {
+    vx_ArchiveBytes::transfer(archive, bytesOf(values, 0), 8 * count);
+    return;
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    double value = values[i];
+    vx_ArchiveBytes::number(archive, value);
+  }
+}
+
+std::vector<double> loadedDoubles(vxArchive& archive, std::size_t count) {
+  std::vector<double> values;
+  while (values.size() < count) {
+    const std::size_t done = values.size();
+    // A count is believed as far as the bytes are there.
+    const std::size_t ready =
+        std::clamp(vx_ArchiveBytes::numReady(archive), kPieceBytes, kMostBytes);
+    const std::size_t size = std::min(count - done, ready / 8);
+    values.resize(done + size);
+    vx_ArchiveBytes::transfer(archive, bytesOf(values, done), 8 * size);
+    vx_swapBytes<8>(bytesOf(values, done), size);
+  }
+  return values;
+}
+
+void transferDoubles(vxArchive& archive, std::vector<double>& values, std::size_t count) {
+  if (archive.isStoring()) {
+    storeDoubles(archive, values, count);
+  } else {
+    values = loadedDoubles(archive, count);
+  }
+}
+
 }  // namespace
 
 vxArchive::~vxArchive() = default;
-
-std::uint32_t vxArchive::transferWord_(std::uint32_t word) {
-  unsigned char bytes[4];
-  vx_encode(word, bytes);
-  transferBytes_(bytes, sizeof(bytes));
-  return vx_decodeWord(bytes);
-}
 
 vxArchive& vxArchive::operator||(long& value) {
   if (storing_ && (value < std::numeric_limits<std::int32_t>::min() ||
                    value > std::numeric_limits<std::int32_t>::max())) {
     throw Unstorable(L"A number does not fit 32 bits");
   }
-  const std::uint32_t word = transferWord_(static_cast<std::uint32_t>(value));
+  const std::uint32_t word = vx_ArchiveBytes::word(*this, static_cast<std::uint32_t>(value));
   if (isLoading()) value = static_cast<std::int32_t>(word);
   return *this;
 }
@@ -52,29 +123,28 @@ vxArchive& vxArchive::operator||(unsigned long& value) {
   if (storing_ && value > std::numeric_limits<std::uint32_t>::max()) {
     throw Unstorable(L"A number does not fit 32 bits");
   }
-  const std::uint32_t word = transferWord_(static_cast<std::uint32_t>(value));
+  const std::uint32_t word = vx_ArchiveBytes::word(*this, static_cast<std::uint32_t>(value));
   if (isLoading()) value = word;
   return *this;
 }
 
 vxArchive& vxArchive::operator||(double& value) {
-  unsigned char bytes[8];
-  vx_encode(value, bytes);
-  transferBytes_(bytes, sizeof(bytes));
-  if (isLoading()) value = vx_decodeDouble(bytes);
+  vx_ArchiveBytes::number(*this, value);
   return *this;
 }
 
 vxArchive& vxArchive::operator||(std::wstring& value) {
   vx_Transfer transfer(*this);
-  unsigned long count = vx_checkedCount(value.size());
-  *this || count;
+  const std::size_t count =
+      vx_ArchiveBytes::word(*this, isStoring() ? vx_checkedCount(value.size()) : 0);
   if (isStoring()) {
-    for (const wchar_t character : value) transferWord_(static_cast<std::uint32_t>(character));
+    for (const wchar_t character : value) {
+      vx_ArchiveBytes::word(*this, static_cast<std::uint32_t>(character));
+    }
   } else {
     std::wstring loaded;
     while (loaded.size() < count) {
-      const std::uint32_t word = transferWord_(0);
+      const std::uint32_t word = vx_ArchiveBytes::word(*this);
       const auto character = static_cast<wchar_t>(word);
       if (static_cast<std::uint32_t>(character) != word) {
         throw Malformed(L"A character that this system's wide strings can't hold");
@@ -107,7 +177,7 @@ long vxArchive::StreamFailure::errorNumber() const { return vx_ErrorNumbers::kSt
 void vxArchive::StreamFailure::suicideAndRethrow() { vx_suicideAndRethrow(this); }
 
 vxArchive& operator||(vxArchive& archive, unsigned char& value) {
-  archive.transferBytes_(&value, 1);
+  value = vx_ArchiveBytes::byte(archive, value);
   return archive;
 }
 
@@ -123,87 +193,49 @@ vxArchive& operator||(vxArchive& archive, vxPersistent& object) {
 
 vxArchive& operator||(vxArchive& archive, std::vector<bool>& flags) {
   vx_Transfer transfer(archive);
-  const std::size_t count = vfTransferVectorHead(archive, flags.size());
-  std::vector<bool> loaded;
-  unsigned char piece[kPieceBytes];
-  for (std::size_t done = 0; done < count;) {
-    const std::size_t size = std::min(count - done, kPieceBytes);
-    if (archive.isStoring()) {
-      for (std::size_t i = 0; i < size; ++i) piece[i] = flags[done + i] ? 1 : 0;
-    }
-    archive.transferBytes_(piece, size);
-    if (archive.isLoading()) {
-      if (std::any_of(piece, piece + size, [](unsigned char flag) { return flag > 1; })) {
-        throw vxArchive::Malformed(L"A flag that is neither 0 nor 1");
-      }
-      loaded.insert(loaded.end(), piece, piece + size);
-    }
-    done += size;
+  const std::size_t count = vx_ArchiveBytes::vectorHead(archive, flags.size());
+  if (archive.isStoring()) {
+    storeFlags(archive, flags);
+  } else {
+    flags = loadedFlags(archive, count);
   }
-  if (archive.isLoading()) flags.swap(loaded);
   transfer.complete();
   return archive;
 }
 
 vxArchive& operator||(vxArchive& archive, std::vector<double>& values) {
   vx_Transfer transfer(archive);
-  const std::size_t count = vfTransferVectorHead(archive, values.size());
-  vfTransferElements(archive, values, count);
+  transferDoubles(archive, values, vx_ArchiveBytes::vectorHead(archive, values.size()));
   transfer.complete();
   return archive;
 }
 
 void vfTransferVersion(vxArchive& archive, const char* name, long number) {
-  unsigned char version = 0;
-  archive || version;
-  if (version != 0) throw vxArchive::UnknownVersion(name, number);
+  vx_ArchiveBytes::version(archive, name, number);
 }
 
 std::size_t vfTransferVectorHead(vxArchive& archive, std::size_t count) {
-  vfTransferVersion(archive);
-  return archive.transferWord_(archive.isStoring() ? vx_checkedCount(count) : 0);
+  return vx_ArchiveBytes::vectorHead(archive, count);
 }
 
 void vfTransferElements(vxArchive& archive, std::vector<double>& values, std::size_t count) {
   vx_Transfer transfer(archive);
-  std::vector<double> loaded;
-  unsigned char piece[kPieceBytes];
-  constexpr std::size_t kWidth = 8;
-  for (std::size_t done = 0; done < count;) {
-    const std::size_t size = std::min(count - done, kPieceBytes / kWidth);
-    if (archive.isStoring()) {
-      for (std::size_t i = 0; i < size; ++i) vx_encode(values[done + i], piece + kWidth * i);
-    }
-    archive.transferBytes_(piece, kWidth * size);
-    if (archive.isLoading()) {
-      if (loaded.empty()) loaded.reserve(size);
-      for (std::size_t i = 0; i < size; ++i) loaded.push_back(vx_decodeDouble(piece + kWidth * i));
-    }
-    done += size;
-  }
-  if (archive.isLoading()) values.swap(loaded);
+  transferDoubles(archive, values, count);
   transfer.complete();
 }
 
-vx_Transfer::vx_Transfer(vxArchive& archive) : archive_(archive) { ++archive_.openTransfers_; }
-
-vx_Transfer::~vx_Transfer() {
-  if (!open_) return;
-  archive_.hasAbandoned_ = --archive_.openTransfers_ > 0;
-  if (!archive_.hasAbandoned_) archive_.abandonOutermost_();
+void vx_Transfer::completeOutermost_() {
+  // A class that swallows the refusal of a part would otherwise store half of that part.
+  if (archive_.isStoring() && archive_.hasAbandoned_) {
+    throw vxArchive::Unstorable(L"A part of the object was refused");
+  }
+  archive_.completeOutermost_();
+  archive_.hasAbandoned_ = false;
 }
 
-void vx_Transfer::complete() {
-  if (archive_.openTransfers_ == 1) {
-    // A class that swallows the refusal of a part would otherwise store half of that part.
-    if (archive_.isStoring() && archive_.hasAbandoned_) {
-      throw vxArchive::Unstorable(L"A part of the object was refused");
-    }
-    archive_.completeOutermost_();
-    archive_.hasAbandoned_ = false;
-  }
-  open_ = false;
-  --archive_.openTransfers_;
+void vx_Transfer::abandon_() noexcept {
+  archive_.hasAbandoned_ = --archive_.openTransfers_ > 0;
+  if (!archive_.hasAbandoned_) archive_.abandonOutermost_();
 }
 
 vx_ArchiveNesting::vx_ArchiveNesting(vxArchive& archive) : archive_(archive) {
@@ -242,12 +274,12 @@ void vx_ArchivePass::setVisited(const vxPersistent* object, const std::type_info
 
 vx_ArchiveLevel::vx_ArchiveLevel(vxArchive& archive, const vxPersistent& object,
                                  const std::type_info& level, const char* name) {
-  const vx_ArchivePass* innermost = vx_ArchivePass::innermost();
-  if (innermost == nullptr || innermost->object() != &object) pass_.emplace(object);
-  first_ = !vxPersistent::haveVisited(&object, level);
+  vx_ArchivePass* pass = innermostPass;
+  if (pass == nullptr || pass->object() != &object) pass = &pass_.emplace(object);
+  first_ = !pass->haveVisited(&object, level);
   if (first_) {
-    vxPersistent::setVisited(&object, level);
-    vfTransferVersion(archive, name);
+    pass->setVisited(&object, level);
+    vx_ArchiveBytes::version(archive, name, 0);
   }
 }
 

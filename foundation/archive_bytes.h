@@ -2,10 +2,13 @@
 #ifndef FOUNDATION_ARCHIVE_BYTES_H_
 #define FOUNDATION_ARCHIVE_BYTES_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <ios>
 #include <limits>
+#include <streambuf>
 
 #include "vxfoundation/archive.h"
 
@@ -19,29 +22,26 @@ enum class vx_PointerKind : unsigned char {
 
 constexpr std::size_t kLongestClassName = 1024;
 
-inline void vx_encode(std::uint32_t word, unsigned char* bytes) {
-  for (int i = 0; i < 4; ++i) bytes[i] = static_cast<unsigned char>(word >> (8 * i));
+/// What is read or converted in one piece. A count in hostile bytes reserves no more than this
+/// before its elements have really arrived.
+constexpr std::size_t kPieceBytes = 4096;
+
+static_assert(sizeof(double) == 8 && std::numeric_limits<double>::is_iec559);
+
+/// Numbers stand in archives with their lowest byte first. So they do in the memory of most
+/// processors, where their bytes are copied; elsewhere they are turned around.
+inline bool vx_isLittleEndian() {
+  const std::uint32_t one = 1;
+  unsigned char lowest;
+  std::memcpy(&lowest, &one, 1);
+  return lowest == 1;
 }
 
-inline std::uint32_t vx_decodeWord(const unsigned char* bytes) {
-  std::uint32_t word = 0;
-  for (int i = 0; i < 4; ++i) word |= static_cast<std::uint32_t>(bytes[i]) << (8 * i);
-  return word;
-}
-
-inline void vx_encode(double value, unsigned char* bytes) {
-  static_assert(sizeof(double) == 8 && std::numeric_limits<double>::is_iec559);
-  std::uint64_t bits;
-  std::memcpy(&bits, &value, sizeof(bits));
-  for (int i = 0; i < 8; ++i) bytes[i] = static_cast<unsigned char>(bits >> (8 * i));
-}
-
-inline double vx_decodeDouble(const unsigned char* bytes) {
-  std::uint64_t bits = 0;
-  for (int i = 0; i < 8; ++i) bits |= static_cast<std::uint64_t>(bytes[i]) << (8 * i);
-  double value;
-  std::memcpy(&value, &bits, sizeof(value));
-  return value;
+/// From memory's order of bytes to the archive's, or back.
+template <std::size_t kWidth>
+void vx_swapBytes(unsigned char* bytes, std::size_t numNumbers = 1) {
+  if (vx_isLittleEndian()) return;
+  for (; numNumbers > 0; --numNumbers, bytes += kWidth) std::reverse(bytes, bytes + kWidth);
 }
 
 /// The count as archives hold it, or Unstorable.
@@ -51,5 +51,81 @@ inline std::uint32_t vx_checkedCount(std::size_t count) {
   }
   return static_cast<std::uint32_t>(count);
 }
+
+/// Copies bytes. Not by memcpy(): where gcc knows a bound of the size it puts a string instruction
+/// in its place, which starts slower than most copies end.
+inline void vx_copy(const void* source, void* target, std::size_t size) {
+  std::memmove(target, source, size);
+}
+
+/// What a stream buffer holds ready. Reading it there takes a few instructions, where a call of
+/// sgetn() costs more than most transfers are long; the position moves all the same.
+class vx_ReadyBytes : private std::streambuf {
+ public:
+  static std::size_t count(const std::streambuf& buffer) {
+    return static_cast<std::size_t>((buffer.*&vx_ReadyBytes::egptr)() -
+                                    (buffer.*&vx_ReadyBytes::gptr)());
+  }
+
+  /// False, and nothing taken, if there are fewer or the stream has failed.
+  static bool take(const std::ios& stream, unsigned char* bytes, std::size_t size) {
+    std::streambuf* const buffer = stream.rdbuf();
+    if (!stream.good() || count(*buffer) < size) return false;
+    vx_copy((buffer->*&vx_ReadyBytes::gptr)(), bytes, size);
+    (buffer->*&vx_ReadyBytes::gbump)(static_cast<int>(size));
+    return true;
+  }
+};
+
+/// The transfers that all others are made of. `size` fits an int when loading.
+struct vx_ArchiveBytes {
+  static void transfer(vxArchive& archive, unsigned char* bytes, std::size_t size) {
+    if (!archive.storing_) {
+      if (vx_ReadyBytes::take(*archive.source_, bytes, size)) return;
+    } else if (size <= static_cast<std::size_t>(archive.end_ - archive.free_)) {
+      vx_copy(bytes, archive.free_, size);
+      archive.free_ += size;
+      return;
+    }
+    archive.transferBytes_(bytes, size);
+  }
+
+  /// A word or a double; storing leaves it alone.
+  template <class Number>
+  static void number(vxArchive& archive, Number& value) {
+    unsigned char bytes[sizeof(Number)];
+    std::memcpy(bytes, &value, sizeof(Number));
+    vx_swapBytes<sizeof(Number)>(bytes);
+    transfer(archive, bytes, sizeof(Number));
+    if (archive.storing_) return;
+    vx_swapBytes<sizeof(Number)>(bytes);
+    std::memcpy(&value, bytes, sizeof(Number));
+  }
+
+  static unsigned char byte(vxArchive& archive, unsigned char value = 0) {
+    transfer(archive, &value, 1);
+    return value;
+  }
+
+  static std::uint32_t word(vxArchive& archive, std::uint32_t value = 0) {
+    number(archive, value);
+    return value;
+  }
+
+  static void version(vxArchive& archive, const char* name, long line) {
+    if (byte(archive) != 0) throw vxArchive::UnknownVersion(name, line);
+  }
+
+  static std::size_t vectorHead(vxArchive& archive, std::size_t count) {
+    version(archive, "", 0);
+    return word(archive, archive.storing_ ? vx_checkedCount(count) : 0);
+  }
+
+  /// How many of the bytes that a load needs have surely arrived.
+  static std::size_t numReady(const vxArchive& archive) {
+    const std::ios& stream = *archive.source_;
+    return stream.good() ? vx_ReadyBytes::count(*stream.rdbuf()) : 0;
+  }
+};
 
 #endif  // FOUNDATION_ARCHIVE_BYTES_H_

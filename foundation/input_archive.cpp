@@ -14,11 +14,22 @@ struct vxInputArchive::State {
     vx_LifelineHold lifeline;  // of an object without a count
   };
 
+  struct Class {
+    explicit Class(const vx_Instantiator& registered) : instantiator(&registered) {}
+
+    // The count of an object that this class made, null if there is none.
+    const vxRepBase* repOf(const vxPersistent& object);
+
+    const vx_Instantiator* instantiator;
+    const std::type_info* type = nullptr;  // of the object whose bases were looked up, if any
+    std::ptrdiff_t repOffset = 0;          // from its first byte
+  };
+
   explicit State(std::istream& in) : stream(in) {}
 
   std::istream& stream;
   std::vector<Loaded> objects;
-  std::vector<const vx_Instantiator*> classes;
+  std::vector<Class> classes;
 
   // A read failure must show in the stream as it would after a read through it.
   void markBad() noexcept {
@@ -29,6 +40,19 @@ struct vxInputArchive::State {
     }
   }
 };
+
+// All objects of one class have their bases in the same places, so that the cast, which costs more
+// than the load of a small object, is needed once.
+const vxRepBase* vxInputArchive::State::Class::repOf(const vxPersistent& object) {
+  const std::type_info& dynamicType = typeid(object);
+  const auto* const firstByte = static_cast<const char*>(dynamic_cast<const void*>(&object));
+  if (type == &dynamicType) return reinterpret_cast<const vxRepBase*>(firstByte + repOffset);
+  const auto* const rep = dynamic_cast<const vxRepBase*>(&object);
+  if (rep == nullptr) return nullptr;
+  type = &dynamicType;
+  repOffset = reinterpret_cast<const char*>(rep) - firstByte;
+  return rep;
+}
 
 namespace {
 
@@ -41,7 +65,9 @@ const vx_Instantiator& registeredClass(const std::string& name) {
 }  // namespace
 
 vxInputArchive::vxInputArchive(std::istream& stream)
-    : vxArchive(false), state_(std::make_unique<State>(stream)) {}
+    : vxArchive(false), state_(std::make_unique<State>(stream)) {
+  source_ = &stream;
+}
 
 vxInputArchive::~vxInputArchive() = default;
 
@@ -65,12 +91,11 @@ void vxInputArchive::transferBytes_(unsigned char* bytes, std::size_t count) {
 }
 
 vxArchive::Pointer vxInputArchive::transferPointer_(const vxPersistent*) {
-  unsigned char kind = 0;
-  *this || kind;
+  const unsigned char kind = vx_ArchiveBytes::byte(*this);
   if (kind == static_cast<unsigned char>(vx_PointerKind::kNull)) return {nullptr, false};
 
   if (kind == static_cast<unsigned char>(vx_PointerKind::kReference)) {
-    const std::uint32_t number = transferWord_(0);
+    const std::uint32_t number = vx_ArchiveBytes::word(*this);
     if (number >= state_->objects.size()) throw Malformed(L"A reference to an unknown object");
     const State::Loaded& known = state_->objects[number];
     if (known.object == nullptr) throw Malformed(L"A reference to an incomplete object");
@@ -80,21 +105,23 @@ vxArchive::Pointer vxInputArchive::transferPointer_(const vxPersistent*) {
     return {known.object, false};
   }
 
-  const vx_Instantiator* instantiator = nullptr;
+  std::size_t classNumber = state_->classes.size();
   if (kind == static_cast<unsigned char>(vx_PointerKind::kNewClass)) {
-    const std::uint32_t length = transferWord_(0);
+    const std::uint32_t length = vx_ArchiveBytes::word(*this);
     if (length > kLongestClassName) throw Malformed(L"A class name of an impossible length");
     std::string name(length, '\0');
-    transferBytes_(reinterpret_cast<unsigned char*>(name.data()), name.size());
-    instantiator = &registeredClass(name);
-    for (const vx_Instantiator* known : state_->classes) {
-      if (known == instantiator) throw Malformed(L"A class that is named twice");
+    if (length > 0) {
+      auto* const characters = reinterpret_cast<unsigned char*>(name.data());
+      vx_ArchiveBytes::transfer(*this, characters, length);
     }
-    state_->classes.push_back(instantiator);
+    const vx_Instantiator& registered = registeredClass(name);
+    for (const State::Class& known : state_->classes) {
+      if (known.instantiator == &registered) throw Malformed(L"A class that is named twice");
+    }
+    state_->classes.emplace_back(registered);
   } else if (kind == static_cast<unsigned char>(vx_PointerKind::kKnownClass)) {
-    const std::uint32_t number = transferWord_(0);
-    if (number >= state_->classes.size()) throw Malformed(L"A number of an unknown class");
-    instantiator = state_->classes[number];
+    classNumber = vx_ArchiveBytes::word(*this);
+    if (classNumber >= state_->classes.size()) throw Malformed(L"A number of an unknown class");
   } else {
     throw Malformed(L"A pointer of an unknown kind");
   }
@@ -103,9 +130,10 @@ vxArchive::Pointer vxInputArchive::transferPointer_(const vxPersistent*) {
   const std::size_t number = state_->objects.size();
   if (number == std::numeric_limits<std::uint32_t>::max()) throw Malformed(L"Too many objects");
   state_->objects.emplace_back();
-  std::unique_ptr<vxPersistent> uncounted(instantiator->make());
+  State::Class& itsClass = state_->classes[classNumber];
+  std::unique_ptr<vxPersistent> uncounted(itsClass.instantiator->make());
   vxPersistent* const object = uncounted.get();
-  if (auto* counted = dynamic_cast<const vxRepBase*>(object)) {
+  if (const vxRepBase* counted = itsClass.repOf(*object)) {
     state_->objects[number].keeper.reset(counted);
     static_cast<void>(uncounted.release());
   }

@@ -1,70 +1,100 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <cstring>
 #include <ostream>
-#include <unordered_map>
+#include <utility>
 
 #include "archive_bytes.h"
+#include "stamp_table.h"
 #include "vxfoundation/archive.h"
 #include "vxfoundation/text.h"
 
-struct vxOutputArchive::State {
-  struct Stored {
-    std::uint32_t number;
-    bool complete;
-  };
+namespace {
 
+// What a transfer holds back until it is complete; more goes to the stream in such pieces.
+constexpr std::size_t kBlockBytes = 1 << 16;
+constexpr std::size_t kFirstBlockBytes = 512;
+
+}  // namespace
+
+struct vxOutputArchive::State {
   explicit State(std::ostream& out) : stream(out) {}
 
   std::ostream& stream;
-  std::vector<char> buffer;  // of the outermost transfer under way
+  std::vector<unsigned char> block;  // of the outermost transfer under way
   bool partlyWritten = false;
   bool torn = false;
 
   // What back-references may name, and how much of it stands in transfers that are complete.
-  std::unordered_map<std::uint64_t, Stored> objects;  // by stamp
+  vx_StampTable objects;
+  std::vector<unsigned char> isComplete;  // by number; what is missing is not
   std::vector<const std::type_info*> classes;
+  std::size_t latestClass = 0;
   std::size_t completeObjects = 0;
   std::size_t completeClasses = 0;
 
-  void write() {
-    if (buffer.empty()) return;
+  void write(const unsigned char* bytes, std::size_t count) {
+    if (count == 0) return;
     torn = stream.good();  // unless the stream takes all; one that had failed takes nothing
-    if (!stream.write(buffer.data(), static_cast<std::streamsize>(buffer.size()))) {
+    if (!stream.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(count))) {
       throw StreamFailure(L"The stream did not take the archive's bytes");
     }
     torn = false;
-    buffer.clear();
+  }
+
+  void writePart(const unsigned char* bytes, std::size_t count) {
+    write(bytes, count);
+    partlyWritten = true;
+  }
+
+  // The number of a class in this archive, or that of classes there are if it is new.
+  std::size_t classNumber(const std::type_info& type) {
+    if (latestClass < classes.size() && classes[latestClass] == &type) return latestClass;
+    latestClass = 0;
+    while (latestClass < classes.size() && *classes[latestClass] != type) ++latestClass;
+    return latestClass;
   }
 };
-
-namespace {
-
-// A large object is written in pieces of this size.
-constexpr std::size_t kBufferBytes = 1 << 16;
-
-}  // namespace
 
 vxOutputArchive::vxOutputArchive(std::ostream& stream)
     : vxArchive(true), state_(std::make_unique<State>(stream)) {}
 
 vxOutputArchive::~vxOutputArchive() = default;
 
+// For what does not fit the room left, where there is any: outside of transfers there is none.
 void vxOutputArchive::transferBytes_(unsigned char* bytes, std::size_t count) {
-  if (state_->torn) throw StreamFailure(L"An earlier failure left this archive incomplete");
-  state_->buffer.insert(state_->buffer.end(), bytes, bytes + count);
+  State& state = *state_;
+  if (state.torn) throw StreamFailure(L"An earlier failure left this archive incomplete");
   if (openTransfers_ == 0) {
-    state_->write();
-  } else if (state_->buffer.size() >= kBufferBytes) {
-    state_->write();
-    state_->partlyWritten = true;
+    state.write(bytes, count);
+    return;
   }
+  std::size_t used = numGathered_();
+  if (used + count > kBlockBytes) {
+    // Should a class swallow what the stream throws, bytes are missing all the same.
+    const bool hadAbandoned = std::exchange(hasAbandoned_, true);
+    state.writePart(state.block.data(), used);
+    free_ = end_ = nullptr;
+    used = 0;
+    if (count > kBlockBytes) state.writePart(bytes, count);
+    hasAbandoned_ = hadAbandoned;
+    if (count > kBlockBytes) return;
+  }
+  if (used + count > state.block.size()) {
+    const std::size_t larger = std::max({kFirstBlockBytes, 2 * state.block.size(), used + count});
+    state.block.resize(std::min(larger, kBlockBytes));
+  }
+  free_ = state.block.data() + used;
+  end_ = state.block.data() + state.block.size();
+  std::memcpy(free_, bytes, count);
+  free_ += count;
 }
 
 vxArchive::Pointer vxOutputArchive::transferPointer_(const vxPersistent* object) {
   const Pointer nothing = {nullptr, false};
   vx_Transfer transfer(*this);
   const auto putKind = [this](vx_PointerKind kind) {
-    auto byte = static_cast<unsigned char>(kind);
-    *this || byte;
+    vx_ArchiveBytes::byte(*this, static_cast<unsigned char>(kind));
   };
 
   if (object == nullptr) {
@@ -73,26 +103,24 @@ vxArchive::Pointer vxOutputArchive::transferPointer_(const vxPersistent* object)
     return nothing;
   }
 
-  const auto number = vx_checkedCount(state_->objects.size());
-  const auto [entry, isNew] =
-      state_->objects.try_emplace(object->storedStamp_(), State::Stored{number, false});
-  State::Stored& stored = entry->second;  // stays where it is while more objects come
-  if (!isNew) {
-    if (!stored.complete) throw Unstorable(L"An object can't be stored inside itself");
+  State& state = *state_;
+  const std::size_t numKnown = state.objects.size();
+  vx_checkedCount(numKnown + 1);
+  const std::uint32_t number = state.objects.add(object->storedStamp_());
+  if (number < numKnown) {
+    const bool isComplete = number < state.isComplete.size() && state.isComplete[number] != 0;
+    if (!isComplete) throw Unstorable(L"An object can't be stored inside itself");
     putKind(vx_PointerKind::kReference);
-    transferWord_(stored.number);
+    vx_ArchiveBytes::word(*this, number);
     transfer.complete();
     return nothing;
   }
 
   const std::type_info& type = typeid(*object);
-  std::size_t classNumber = 0;
-  while (classNumber < state_->classes.size() && *state_->classes[classNumber] != type) {
-    ++classNumber;
-  }
-  if (classNumber < state_->classes.size()) {
+  const std::size_t classNumber = state.classNumber(type);
+  if (classNumber < state.classes.size()) {
     putKind(vx_PointerKind::kKnownClass);
-    transferWord_(static_cast<std::uint32_t>(classNumber));
+    vx_ArchiveBytes::word(*this, static_cast<std::uint32_t>(classNumber));
   } else {
     std::string name = vfClassName(type);
     const vx_Instantiator* registered = vx_Instantiator::find(name);
@@ -102,34 +130,43 @@ vxArchive::Pointer vxOutputArchive::transferPointer_(const vxPersistent* object)
       vfConvertString(wide, name);
       throw Unstorable(L"Objects of a class that is not registered can't be stored: " + wide);
     }
-    state_->classes.push_back(&type);
+    state.classes.push_back(&type);
     putKind(vx_PointerKind::kNewClass);
-    transferWord_(vx_checkedCount(name.size()));
-    transferBytes_(reinterpret_cast<unsigned char*>(name.data()), name.size());
+    vx_ArchiveBytes::word(*this, vx_checkedCount(name.size()));
+    auto* const characters = reinterpret_cast<unsigned char*>(name.data());
+    vx_ArchiveBytes::transfer(*this, characters, name.size());
   }
 
   const vx_ArchiveNesting nesting(*this);
   const vx_ArchivePass pass(*object);
   const_cast<vxPersistent*>(object)->dispatchSerialize(*this);  // storing changes nothing
-  stored.complete = true;
+  if (number >= state.isComplete.size()) state.isComplete.resize(number + std::size_t{1});
+  state.isComplete[number] = 1;
   transfer.complete();
   return nothing;
 }
 
 void vxOutputArchive::completeOutermost_() {
-  if (state_->torn) throw StreamFailure(L"An earlier failure left this archive incomplete");
-  state_->write();
-  state_->partlyWritten = false;
-  state_->completeObjects = state_->objects.size();
-  state_->completeClasses = state_->classes.size();
+  State& state = *state_;
+  if (state.torn) throw StreamFailure(L"An earlier failure left this archive incomplete");
+  state.write(state.block.data(), numGathered_());
+  free_ = end_ = nullptr;
+  state.partlyWritten = false;
+  state.completeObjects = state.objects.size();
+  state.completeClasses = state.classes.size();
 }
 
 void vxOutputArchive::abandonOutermost_() noexcept {
-  state_->torn = state_->torn || state_->partlyWritten;
-  state_->buffer.clear();
-  state_->classes.resize(state_->completeClasses);
-  for (auto entry = state_->objects.begin(); entry != state_->objects.end();) {
-    const bool known = entry->second.number < state_->completeObjects;
-    entry = known ? std::next(entry) : state_->objects.erase(entry);
+  State& state = *state_;
+  state.torn = state.torn || state.partlyWritten;
+  free_ = end_ = nullptr;
+  state.classes.resize(state.completeClasses);
+  state.objects.shrink(state.completeObjects);
+  if (state.isComplete.size() > state.completeObjects) {
+    state.isComplete.resize(state.completeObjects);
   }
+}
+
+std::size_t vxOutputArchive::numGathered_() const {
+  return free_ == nullptr ? 0 : static_cast<std::size_t>(free_ - state_->block.data());
 }

@@ -95,16 +95,21 @@ bool vxFeaturePattern::operator==(const vxFeaturePattern& other) const {
 void vxFeaturePattern::dispatchSerialize(vxArchive& archive) {
   if (const vx_ArchiveLevel level{archive, *this, typeid(vxFeaturePattern)}) {
     vxPersistent::dispatchSerialize(archive);
-    const auto fields = [&archive](vxFeaturePattern& target) {
-      archive || target.measurements_ || target.validity_;
-      if (target.measurements_.size() != target.validity_.size()) {
-        throw vxArchive::Malformed(L"A pattern without a validity flag for each measurement");
-      }
-      if (archive.isLoading()) {
-        target.numInvalid_ = std::count(target.validity_.begin(), target.validity_.end(), false);
-      }
-    };
-    vfTransferStaged(archive, *this, fields, std::vector<double>(), std::vector<long>());
+    if (archive.isStoring()) {
+      archive || measurements_ || validity_;
+      return;
+    }
+    std::vector<double> measurements;
+    std::vector<bool> validity;
+    archive || measurements || validity;
+    if (measurements.size() != validity.size()) {
+      throw vxArchive::Malformed(L"A pattern without a validity flag for each measurement");
+    }
+    mutating_();
+    packed_.valueChanges();
+    measurements_.swap(measurements);
+    validity_.swap(validity);
+    numInvalid_ = std::count(validity_.begin(), validity_.end(), false);
   }
 }
 

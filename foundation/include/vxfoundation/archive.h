@@ -57,14 +57,8 @@ class VXFOUNDATION_EXPORT vxArchive {
   friend class vxPersistent;
   friend class vx_ArchiveNesting;
   friend class vx_Transfer;
-  friend VXFOUNDATION_EXPORT vxArchive& operator||(vxArchive& archive, unsigned char& value);
+  friend struct vx_ArchiveBytes;
   friend VXFOUNDATION_EXPORT vxPersistent* vx_loadShared(vxArchive& archive);
-  friend VXFOUNDATION_EXPORT vxArchive& operator||(vxArchive& archive, std::vector<bool>& flags);
-  friend VXFOUNDATION_EXPORT void vfTransferElements(vxArchive& archive,
-                                                     std::vector<double>& values,
-                                                     std::size_t count);
-  friend VXFOUNDATION_EXPORT std::size_t vfTransferVectorHead(vxArchive& archive,
-                                                              std::size_t count);
 
   struct Pointer {
     vxPersistent* object;
@@ -73,13 +67,16 @@ class VXFOUNDATION_EXPORT vxArchive {
 
   explicit vxArchive(bool storing) : storing_(storing) {}
 
+  // Only what vx_ArchiveBytes can't do on the spot.
   virtual void transferBytes_(unsigned char* bytes, std::size_t count) = 0;
   virtual Pointer transferPointer_(const vxPersistent* object) = 0;
   virtual void completeOutermost_() {}
   virtual void abandonOutermost_() noexcept {}
-  std::uint32_t transferWord_(std::uint32_t word);
 
   const bool storing_;
+  unsigned char* free_ = nullptr;  // storing: the room that a transfer under way has left
+  unsigned char* end_ = nullptr;
+  std::ios* source_ = nullptr;  // loading
   int nesting_ = 0;
   int openTransfers_ = 0;
   bool hasAbandoned_ = false;  // an inner one of the outermost transfer under way
@@ -153,6 +150,7 @@ class VXFOUNDATION_EXPORT vxOutputArchive : public vxArchive {
   Pointer transferPointer_(const vxPersistent* object) override;
   void completeOutermost_() override;
   void abandonOutermost_() noexcept override;
+  std::size_t numGathered_() const;
 
   std::unique_ptr<State> state_;
 };
@@ -204,13 +202,22 @@ VXFOUNDATION_EXPORT void vfTransferElements(vxArchive& archive, std::vector<doub
 /// the scope is left before (but for what did not fit the buffer).
 class VXFOUNDATION_EXPORT vx_Transfer {
  public:
-  explicit vx_Transfer(vxArchive& archive);
+  explicit vx_Transfer(vxArchive& archive) : archive_(archive) { ++archive_.openTransfers_; }
   vx_Transfer(const vx_Transfer&) = delete;
   vx_Transfer& operator=(const vx_Transfer&) = delete;
-  ~vx_Transfer();
-  void complete();
+  ~vx_Transfer() {
+    if (open_) abandon_();
+  }
+  void complete() {
+    if (archive_.openTransfers_ == 1) completeOutermost_();
+    open_ = false;
+    --archive_.openTransfers_;
+  }
 
  private:
+  void completeOutermost_();
+  void abandon_() noexcept;
+
   vxArchive& archive_;
   bool open_ = true;
 };

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 
 #include "vxfoundation/export.h"
@@ -44,6 +45,23 @@ class VXFOUNDATION_EXPORT vxRepBase {
   mutable std::atomic<std::int32_t> count_{0};
 };
 
+/// Whether static_cast can go from vxPersistent to Object: not to a class with that as virtual
+/// base.
+template <class Object, class = void>
+inline constexpr bool vx_isPlainBase = false;
+template <class Object>
+inline constexpr bool vx_isPlainBase<
+    Object, std::void_t<decltype(static_cast<Object*>(std::declval<vxPersistent*>()))>> = true;
+
+/// What dynamic_cast gives, at once where the object is of the very class.
+template <class Object>
+Object* vx_castDown(vxPersistent* object) noexcept {
+  if constexpr (vx_isPlainBase<Object> && !std::is_abstract_v<Object>) {
+    if (object != nullptr && typeid(*object) == typeid(Object)) return static_cast<Object*>(object);
+  }
+  return dynamic_cast<Object*>(object);
+}
+
 /// What both kinds of handle share; `Object` is `T` or `const T`.
 template <class Object>
 class vx_HandleBase {
@@ -61,7 +79,7 @@ class vx_HandleBase {
   void reset(Object* object = nullptr) noexcept { vx_HandleBase(object).swap(*this); }
 
   /// Refers to what an archive produced; empty if that is null or not an object of this type.
-  void assignChecked(vxPersistent* object) noexcept { reset(dynamic_cast<Object*>(object)); }
+  void assignChecked(vxPersistent* object) noexcept { reset(vx_castDown<Object>(object)); }
 
   void swap(vx_HandleBase& other) noexcept { std::swap(object_, other.object_); }
 

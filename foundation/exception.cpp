@@ -18,6 +18,7 @@ vxExceptionWithString::~vxExceptionWithString() = default;
 std::wstring vxExceptionWithString::message(bool withNumber) const {
   std::wostringstream out;
   out.imbue(std::locale::classic());
+  out.exceptions(std::ios_base::badbit);  // a lack of memory is told, not swallowed
   if (withNumber)
     out << std::showbase << std::hex << static_cast<std::uint32_t>(errorNumber()) << std::dec
         << L": ";

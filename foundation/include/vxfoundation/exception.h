@@ -3,6 +3,7 @@
 #define VXFOUNDATION_EXCEPTION_H_
 
 #include <iosfwd>
+#include <memory>
 #include <string>
 
 #include "vxfoundation/export.h"
@@ -49,9 +50,8 @@ class VXFOUNDATION_EXPORT vxExceptionWithString : public vxException {
 /// The body of every leaf's suicideAndRethrow(): `error` is gone afterwards.
 template <class Leaf>
 [[noreturn]] void vx_suicideAndRethrow(Leaf* error) {
-  const Leaf copy(*error);
-  delete error;
-  throw copy;
+  const std::unique_ptr<Leaf> owner(error);  // frees it, also where copying fails
+  throw Leaf(*error);
 }
 
 /// An empty handle was dereferenced, or an object is not of the class that its user needs.

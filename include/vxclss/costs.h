@@ -16,6 +16,12 @@ class VXCLSS_EXPORT vxClassifierCosts {
  public:
   /// Throws BadParams if defaultCost < 0.
   explicit vxClassifierCosts(double defaultCost);
+  vxClassifierCosts(const vxClassifierCosts&) = default;
+  vxClassifierCosts(vxClassifierCosts&&) noexcept = default;
+  vxClassifierCosts& operator=(const vxClassifierCosts& other) {
+    return *this = vxClassifierCosts(other);
+  }
+  vxClassifierCosts& operator=(vxClassifierCosts&&) noexcept = default;
 
   double defaultMisclassificationCost() const { return defaultCost_; }
   /// Throws BadParams if cost < 0.
@@ -38,6 +44,7 @@ class VXCLSS_EXPORT vxClassifierCosts {
 
  private:
   friend VXCLSS_EXPORT vxArchive& operator||(vxArchive& archive, vxClassifierCosts& costs);
+  friend class vx_ExpectedCosts;
 
   long misclOverrideIndex_(long trueLabel, long assignedLabel) const;
 

@@ -25,6 +25,12 @@ class VXCLSS_EXPORT vxClassifierDistributionTypes {
   };
 
   explicit vxClassifierDistributionTypes(DistributionType defaultType = eNormal);
+  vxClassifierDistributionTypes(const vxClassifierDistributionTypes&) = default;
+  vxClassifierDistributionTypes(vxClassifierDistributionTypes&&) noexcept = default;
+  vxClassifierDistributionTypes& operator=(const vxClassifierDistributionTypes& other) {
+    return *this = vxClassifierDistributionTypes(other);
+  }
+  vxClassifierDistributionTypes& operator=(vxClassifierDistributionTypes&&) noexcept = default;
 
   DistributionType defaultDistributionType() const { return defaultType_; }
   /// Leaves overrides as they are, those whose type is now the default too.

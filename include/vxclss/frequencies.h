@@ -16,6 +16,12 @@ class VXCLSS_EXPORT vxClassifierFrequencies {
  public:
   /// Throws BadParams if defaultFrequency <= 0.
   explicit vxClassifierFrequencies(double defaultFrequency);
+  vxClassifierFrequencies(const vxClassifierFrequencies&) = default;
+  vxClassifierFrequencies(vxClassifierFrequencies&&) noexcept = default;
+  vxClassifierFrequencies& operator=(const vxClassifierFrequencies& other) {
+    return *this = vxClassifierFrequencies(other);
+  }
+  vxClassifierFrequencies& operator=(vxClassifierFrequencies&&) noexcept = default;
 
   double defaultCategoryFrequency() const { return defaultFrequency_; }
   /// Throws BadParams if frequency <= 0.
@@ -37,6 +43,7 @@ class VXCLSS_EXPORT vxClassifierFrequencies {
  private:
   friend VXCLSS_EXPORT vxArchive& operator||(vxArchive& archive,
                                              vxClassifierFrequencies& frequencies);
+  friend class vx_ResultWeighting;
 
   long freqOverrideIndex_(long label) const;
 

@@ -32,6 +32,7 @@ class VXCLSS_EXPORT vxClassifierCategoryResult {
  private:
   friend VXCLSS_EXPORT vxArchive& operator||(vxArchive& archive,
                                              vxClassifierCategoryResult& result);
+  friend class vx_ResultWeighting;
 
   long categoryLabel_;
   double matchScore_;
@@ -78,6 +79,7 @@ class VXCLSS_EXPORT vxClassifierResult {
 
  private:
   friend VXCLSS_EXPORT vxArchive& operator||(vxArchive& archive, vxClassifierResult& result);
+  friend class vx_ResultWeighting;
 
   std::vector<vxClassifierCategoryResult> categoryResults_;
   double matchScoreFactorLog_ = 0.0;

@@ -86,6 +86,35 @@ inline void sortByExpectedCost(std::vector<vxClassifierCategoryResult>& results)
   }
 }
 
+/// Sorts runs of 32 like that and merges them pairwise, left before right where neither is less.
+/// That is the same order, and says what comes of more than 32 where costs are NaN.
+inline void sortInRuns(std::vector<vxClassifierCategoryResult>& results) {
+  std::vector<std::vector<vxClassifierCategoryResult>> runs;
+  for (std::size_t i = 0; i < results.size(); ++i) {
+    if (i % 32 == 0) runs.emplace_back();
+    runs.back().push_back(results[i]);
+  }
+  for (auto& run : runs) sortByExpectedCost(run);
+  while (runs.size() > 1) {
+    std::vector<std::vector<vxClassifierCategoryResult>> merged;
+    for (std::size_t k = 0; k < runs.size(); k += 2) {
+      merged.emplace_back();
+      std::size_t left = 0;
+      std::size_t right = 0;
+      const std::vector<vxClassifierCategoryResult> none;
+      const auto& other = k + 1 < runs.size() ? runs[k + 1] : none;
+      while (left < runs[k].size() || right < other.size()) {
+        const bool takesRight =
+            left == runs[k].size() ||
+            (right < other.size() && other[right].expectedCost() < runs[k][left].expectedCost());
+        merged.back().push_back(takesRight ? other[right++] : runs[k][left++]);
+      }
+    }
+    runs.swap(merged);
+  }
+  if (!runs.empty()) results = runs[0];
+}
+
 /// The weighted categories in the order in which they were given.
 inline std::vector<vxClassifierCategoryResult> weigh(
     const std::vector<vxClassifierCategoryResult>& matchResults, const Frequencies& frequencies,

@@ -3,13 +3,17 @@
 #include <vxclss/vxclss.h>
 #include <vxfoundation/vxfoundation.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <vector>
 
 namespace {
 
-constexpr std::size_t kInputs = 16;
+// More inputs of few categories, so that branch prediction can't learn them all.
+std::size_t numInputs(long numCategories) {
+  return std::max<std::size_t>(16, 4096 / static_cast<std::size_t>(numCategories));
+}
 
 using CategoryResults = std::vector<vxClassifierCategoryResult>;
 
@@ -39,13 +43,16 @@ void weigh(benchmark::State& state, const vxClassifierFrequencies& frequencies,
            const vxClassifierCosts& costs) {
   vxRandomUniform random(1);
   std::vector<CategoryResults> inputs;
-  while (inputs.size() < kInputs) inputs.push_back(randomMatchScores(state.range(0), random));
+  while (inputs.size() < numInputs(state.range(0))) {
+    inputs.push_back(randomMatchScores(state.range(0), random));
+  }
   if (!isRight(vxClassifierResult(inputs[0], frequencies, costs, 0.0), costs)) {
     state.SkipWithError("wrong result");
   }
   std::size_t turn = 0;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(vxClassifierResult(inputs[turn++ % kInputs], frequencies, costs, 0.0));
+    if (++turn == inputs.size()) turn = 0;
+    benchmark::DoNotOptimize(vxClassifierResult(inputs[turn], frequencies, costs, 0.0));
   }
 }
 
@@ -55,7 +62,9 @@ void resultWithoutOverrides(benchmark::State& state) {
 BENCHMARK(resultWithoutOverrides)
     ->ArgName("C")
     ->Arg(2)
+    ->Arg(3)
     ->Arg(10)
+    ->Arg(30)
     ->Arg(100)
     ->Arg(1000)
     ->Unit(benchmark::kMicrosecond);
@@ -74,9 +83,30 @@ void resultWithOverrides(benchmark::State& state) {
 BENCHMARK(resultWithOverrides)
     ->ArgName("C")
     ->Arg(2)
+    ->Arg(3)
     ->Arg(10)
+    ->Arg(30)
     ->Arg(100)
     ->Arg(1000)
     ->Unit(benchmark::kMicrosecond);
+
+/// What sorting as many numbers takes, for comparison.
+void sortNumbers(benchmark::State& state) {
+  vxRandomUniform random(1);
+  std::vector<std::vector<double>> inputs;
+  while (inputs.size() < numInputs(state.range(0))) {
+    std::vector<double>& input = inputs.emplace_back();
+    for (long i = 0; i < state.range(0); ++i) input.push_back(random.next(0.0, 1.0));
+  }
+  std::vector<double> numbers;
+  std::size_t turn = 0;
+  for (auto _ : state) {
+    if (++turn == inputs.size()) turn = 0;
+    numbers = inputs[turn];
+    std::sort(numbers.begin(), numbers.end());
+    benchmark::DoNotOptimize(numbers.data());
+  }
+}
+BENCHMARK(sortNumbers)->ArgName("n")->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -14,6 +14,8 @@
 #include "tests/support/attention_counter.h"
 #include "tests/support/error_matcher.h"
 #include "tests/support/plain_result.h"
+#include "tests/support/simd_levels.h"
+#include "tests/support/weighting_problem.h"
 #include "vxclss/errors.h"
 #include "vxclss/result.h"
 #include "vxfoundation/attention.h"
@@ -33,77 +35,9 @@ const wchar_t* const kNotUnique = L"The category labels of the match results mus
 const wchar_t* const kNoFrequency = L"At least one of the category frequencies must be > 0.";
 const wchar_t* const kNoScore = L"At least one of the resulting classification scores must be > 0.";
 
-/// A match score alone; the other fields are not read.
-Category match(long label, double score) { return {label, score, 1.0, 9.0}; }
-
 vxClassifierResult weighted(const Categories& matches, double frequency = 1.0, double cost = 1.0) {
   return {matches, vxClassifierFrequencies(frequency), vxClassifierCosts(cost), 0.0};
 }
-
-std::vector<long> labels(const Categories& categories) {
-  std::vector<long> list;
-  for (const Category& category : categories) list.push_back(category.categoryLabel());
-  return list;
-}
-
-/// The same bits in every field; one NaN is as good as another.
-bool isSame(const Categories& a, const Categories& b) {
-  const auto sameNumber = [](double x, double y) {
-    return (std::isnan(x) && std::isnan(y)) || (x == y && std::signbit(x) == std::signbit(y));
-  };
-  const auto sameCategory = [sameNumber](const Category& x, const Category& y) {
-    return x.categoryLabel() == y.categoryLabel() && sameNumber(x.matchScore(), y.matchScore()) &&
-           sameNumber(x.classScore(), y.classScore()) &&
-           sameNumber(x.expectedCost(), y.expectedCost());
-  };
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), sameCategory);
-}
-
-/// Weighting problems of one kind from one seed.
-class Problem {
- public:
-  enum Kind { kWholeNumbers, kFullMantissa };
-
-  Problem(unsigned seed, std::size_t count, Kind kind) : random_(seed), kind_(kind) {
-    std::vector<long> labelList(2 * count);
-    std::iota(labelList.begin(), labelList.end(), 0);
-    std::shuffle(labelList.begin(), labelList.end(), random_);
-    for (std::size_t i = 0; i < count; ++i) {
-      matches.push_back(match(labelList[i], i == 0 ? 1.0 : score()));
-    }
-
-    frequencies.defaultFrequency = positive();
-    for (std::size_t i = 0; i < count / 2; ++i) frequencies.set(anyLabel(count), positive());
-    costs.defaultCost = positive() - (kind == kWholeNumbers ? 1.0 : 0.0);
-    for (std::size_t i = 0; i < 2 * count; ++i) {
-      const long trueLabel = anyLabel(count);
-      const long assignedLabel = anyLabel(count);
-      if (trueLabel != assignedLabel) costs.set(trueLabel, assignedLabel, positive() - 1.0);
-    }
-  }
-
-  vxClassifierResult result() const {
-    return {matches, frequencies.record(), costs.record(), -2.5};
-  }
-  Categories expected() const { return plain::weigh(matches, frequencies, costs); }
-
-  Categories matches;
-  plain::Frequencies frequencies;
-  plain::Costs costs;
-
- private:
-  double fraction() { return static_cast<double>(random_() >> 11) * 0x1p-53; }
-  double score() {
-    return kind_ == kWholeNumbers ? static_cast<double>(random_() % 3) / 2.0 : fraction();
-  }
-  double positive() {
-    return kind_ == kWholeNumbers ? static_cast<double>(1 + random_() % 3) : 1.0 + fraction();
-  }
-  long anyLabel(std::size_t count) { return static_cast<long>(random_() % (2 * count)); }
-
-  std::mt19937_64 random_;
-  Kind kind_;
-};
 
 TEST(ResultWeightingTest, GivesPosteriorsAndExpectedCosts) {
   const vxClassifierResult result = weighted({match(1, 0.2), match(2, 0.6)});
@@ -144,17 +78,21 @@ TEST(ResultWeightingTest, FollowsTheDefinitionBitForBit) {
   std::vector<std::size_t> counts(66);
   std::iota(counts.begin(), counts.end(), 1);
   counts.insert(counts.end(), {96, 127, 128, 129, 200});
-  for (const Problem::Kind kind : {Problem::kWholeNumbers, Problem::kFullMantissa}) {
+  for (const WeightingProblem::Kind kind :
+       {WeightingProblem::kWholeNumbers, WeightingProblem::kFullMantissa}) {
     for (const std::size_t count : counts) {
       for (unsigned seed = 1; seed <= (count <= 40 ? 10u : 1u); ++seed) {
         SCOPED_TRACE(testing::Message()
                      << count << " categories, kind " << kind << ", seed " << seed);
-        const Problem problem(seed, count, kind);
+        const WeightingProblem problem(seed, count, kind);
         Categories expected = problem.expected();
         plain::sortByExpectedCost(expected);
-        const vxClassifierResult result = problem.result();
-        ASSERT_TRUE(isSame(result.categoryResults(), expected));
-        ASSERT_EQ(result.matchScoreFactorLog(), -2.5);
+        atEverySimdLevel([&] {
+          const vxClassifierResult result = problem.result();
+          EXPECT_TRUE(isSame(result.categoryResults(), expected));
+          EXPECT_EQ(result.matchScoreFactorLog(), -2.5);
+        });
+        if (HasFailure()) return;
       }
     }
   }
@@ -229,7 +167,7 @@ TEST(ResultWeightingTest, KeepsTheOrderGivenWhereAMatchScoreIsNan) {
 TEST(ResultWeightingTest, MixesNumbersAndNanAsTheDefinitionDoes) {
   // An infinite cost of a category without weight is a NaN for one decision only.
   for (std::size_t count = 2; count <= 32; ++count) {
-    Problem problem(static_cast<unsigned>(count), count, Problem::kWholeNumbers);
+    WeightingProblem problem(static_cast<unsigned>(count), count, WeightingProblem::kWholeNumbers);
     problem.matches[1] = match(problem.matches[1].categoryLabel(), 0.0);
     problem.matches[0] = match(problem.matches[0].categoryLabel(), 1.0);
     for (std::size_t i = 2; i < count; i += 3) {

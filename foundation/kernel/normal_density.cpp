@@ -11,6 +11,7 @@
 #include <memory>
 #include <utility>
 
+#include "kernel/normal_fold.h"
 #include "kernel/scratch.h"
 
 namespace {
@@ -39,6 +40,13 @@ void countOneMore(std::int32_t& count) {
   if (count < std::numeric_limits<std::int32_t>::max()) ++count;
 }
 
+// Dividing by 1.0 changes nothing but takes most of the time of an update.
+const double* divided(const double* values, std::size_t count, double normalizer, double* scaled) {
+  if (normalizer == 1.0) return values;
+  for (std::size_t i = 0; i < count; ++i) scaled[i] = values[i] / normalizer;
+  return scaled;
+}
+
 bool isMarked(double value) { return value == 0.0 && std::signbit(value); }
 
 }  // namespace
@@ -61,13 +69,7 @@ vx_NormalDensity::vx_NormalDensity(const vx_NormalDensity& other)
 vx_NormalDensity& vx_NormalDensity::operator=(const vx_NormalDensity& other) {
   vx_NormalDensity copy(other);
   dropFactor_();
-  sampleCount_ = copy.sampleCount_;
-  mean_.swap(copy.mean_);
-  comoments_.swap(copy.comoments_);
-  pairCounts_.swap(copy.pairCounts_);
-  rowMeans_.swap(copy.rowMeans_);
-  columnMeans_.swap(copy.columnMeans_);
-  restored_.swap(copy.restored_);
+  swapStatistics_(copy);
   return *this;
 }
 
@@ -117,12 +119,13 @@ long vx_NormalDensity::update(const std::vector<vx_KernelPattern>& patterns, dou
     if (pattern.values.size() != d) return kVxDimensionChanged;
     withInvalid = withInvalid || !pattern.invalidIndices.empty();
   }
-  prepare_(d, withInvalid);
   vx_Scratch<double> scaled(d);
+  vx_Scratch<double> room(2 * d);
   vx_Scratch<bool> flags(d);
+  prepare_(d, withInvalid);
   for (const vx_KernelPattern& pattern : patterns) {
-    for (std::size_t i = 0; i < d; ++i) scaled.data()[i] = pattern.values[i] / normalizer;
-    foldValid_(scaled.data(), validityOf(pattern, flags.data()));
+    const double* const x = divided(pattern.values.data(), d, normalizer, scaled.data());
+    fold_(x, validityOf(pattern, flags.data()), room.data());
   }
   return 0;
 }
@@ -130,10 +133,10 @@ long vx_NormalDensity::update(const std::vector<vx_KernelPattern>& patterns, dou
 long vx_NormalDensity::update(const double* values, const bool* valid, std::size_t dimension,
                               double normalizer) {
   if (mean_.size() > 0 && dimension != mean_.size()) return kVxDimensionChanged;
-  prepare_(dimension, !areAllValid(valid, dimension));
   vx_Scratch<double> scaled(dimension);
-  for (std::size_t i = 0; i < dimension; ++i) scaled.data()[i] = values[i] / normalizer;
-  foldValid_(scaled.data(), valid);
+  vx_Scratch<double> room(2 * dimension);
+  prepare_(dimension, !areAllValid(valid, dimension));
+  fold_(divided(values, dimension, normalizer, scaled.data()), valid, room.data());
   return 0;
 }
 
@@ -200,16 +203,21 @@ std::uint64_t vx_NormalDensity::epoch() { return currentEpoch.load(std::memory_o
 
 void vx_NormalDensity::advanceEpoch() { currentEpoch.fetch_add(1, std::memory_order_release); }
 
-// Everything that can fail in an update comes here, before the first sample is folded in.
+// Everything that can fail in an update comes here, before the first sample is folded in, and on a
+// copy.
 void vx_NormalDensity::prepare_(std::size_t dimension, bool withInvalid) {
-  dropFactor_();
-  if (!restored_.empty()) takeUpRestored_();
-  if (mean_.empty()) {
-    std::vector<double> comoments(packed(dimension, 0));
-    mean_.assign(dimension, -0.0);
-    comoments_.swap(comoments);
+  const bool addsCounts = withInvalid && pairCounts_.empty();
+  if (mean_.empty() || addsCounts || !restored_.empty()) {
+    vx_NormalDensity prepared(*this);
+    if (!restored_.empty()) prepared.takeUpRestored_();
+    if (mean_.empty()) {
+      prepared.mean_.assign(dimension, -0.0);
+      prepared.comoments_.assign(packed(dimension, 0), 0.0);
+    }
+    if (withInvalid && prepared.pairCounts_.empty()) prepared.countPairs_();
+    swapStatistics_(prepared);
   }
-  if (withInvalid && pairCounts_.empty()) countPairs_();
+  dropFactor_();
 }
 
 // The number of samples behind each measurement was not archived beyond what the signs of zeros
@@ -256,23 +264,11 @@ void vx_NormalDensity::countPairs_() {
   columnMeans_.swap(columnMeans);
 }
 
-void vx_NormalDensity::fold_(const double* x) {
-  if (dimension() == 0) return;
-  countOneMore(sampleCount_);
-  const double n = sampleCount_;
-  double* row = comoments_.data();
-  for (std::size_t i = 0; i < dimension(); ++i) {
-    const double deviation = x[i] - mean_[i];
-    // The first sum of a mean without samples, -0.0, must not keep the sign of a zero.
-    mean_[i] = mean_[i] + deviation / n + 0.0;
-    for (std::size_t j = 0; j <= i; ++j) row[j] += deviation * (x[j] - mean_[j]);
-    row += i + 1;
-  }
-}
-
-void vx_NormalDensity::foldValid_(const double* x, const bool* valid) {
+void vx_NormalDensity::fold_(const double* x, const bool* valid, double* room) {
   if (pairCounts_.empty()) {
-    fold_(x);
+    double* const after = room + dimension();
+    moveMeans_(x, room, after);
+    vx_addProducts(room, after, 1, dimension(), comoments_.data());
     return;
   }
   const auto isValid = [valid](std::size_t i) { return valid == nullptr || valid[i]; };
@@ -295,10 +291,24 @@ void vx_NormalDensity::foldValid_(const double* x, const bool* valid) {
   if (isAnyValid) countOneMore(sampleCount_);
 }
 
+void vx_NormalDensity::moveMeans_(const double* x, double* before, double* after) {
+  if (dimension() > 0) countOneMore(sampleCount_);
+  vx_moveMeans(x, sampleCount_, dimension(), mean_.data(), before, after);
+}
+
+void vx_NormalDensity::swapStatistics_(vx_NormalDensity& other) noexcept {
+  std::swap(sampleCount_, other.sampleCount_);
+  mean_.swap(other.mean_);
+  comoments_.swap(other.comoments_);
+  pairCounts_.swap(other.pairCounts_);
+  rowMeans_.swap(other.rowMeans_);
+  columnMeans_.swap(other.columnMeans_);
+  restored_.swap(other.restored_);
+}
+
 void vx_NormalDensity::dropFactor_() noexcept {
-  const vx_NormalFactor* dropped = factor_.exchange(nullptr, std::memory_order_acq_rel);
-  if (dropped == nullptr) return;
-  delete dropped;
+  if (factor_.load(std::memory_order_relaxed) == nullptr) return;  // the common case, made cheap
+  delete factor_.exchange(nullptr, std::memory_order_acq_rel);
   advanceEpoch();
 }
 

@@ -99,11 +99,15 @@ class VXFOUNDATION_EXPORT vx_NormalDensity {
   static void advanceEpoch();
 
  private:
+  friend class vx_NormalBatch;
+  friend class vx_NormalLanes;
+
   void prepare_(std::size_t dimension, bool withInvalid);
   void takeUpRestored_();
   void countPairs_();
-  void fold_(const double* values);
-  void foldValid_(const double* values, const bool* valid);
+  void fold_(const double* values, const bool* valid, double* room);
+  void moveMeans_(const double* values, double* before, double* after);
+  void swapStatistics_(vx_NormalDensity& other) noexcept;
   void dropFactor_() noexcept;
   bool isEvaluable_(std::size_t i) const;
 

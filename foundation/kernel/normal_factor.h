@@ -29,6 +29,10 @@ class VXFOUNDATION_EXPORT vx_NormalFactor {
   double mean(std::size_t i) const { return mean_[i]; }
   double scale(std::size_t i) const { return scale_[i]; }
   double constant() const { return constant_; }
+  /// 1 / L_ii.
+  double inverseDiagonal(std::size_t i) const { return inverseDiagonal_[i]; }
+  /// The columns of L below the diagonal, one after another.
+  const double* columns() const { return columns_.data(); }
 
   /// Overwrites `x`, the dimension() measurements, and gives the log-density there.
   double logDensity(double* x) const;
@@ -40,8 +44,8 @@ class VXFOUNDATION_EXPORT vx_NormalFactor {
   std::vector<double> mean_;
   std::vector<double> scale_;
   double constant_ = 0.0;
-  std::vector<double> inverseDiagonal_;  // of L
-  std::vector<double> columns_;          // of L, below the diagonal, one after another
+  std::vector<double> inverseDiagonal_;
+  std::vector<double> columns_;
 };
 
 #endif  // FOUNDATION_KERNEL_NORMAL_FACTOR_H_

@@ -61,6 +61,7 @@ class VXCLSS_EXPORT vx_CategoryModelBayesian : public vx_CategoryModel {
   void dispatchSerialize(vxArchive& archive) override;
 
  private:
+  friend class vx_BayesianLearner;
   friend class vx_BayesianPlan;
 
   /// A number that changes whenever the model is assigned to, and that no other model has.

@@ -12,6 +12,7 @@
 
 class vxClassifierTrainParamsBayesian;
 class vx_BayesianPlan;
+class vx_CategoryModelBayesian;
 
 /// The Bayesian technique: one vx_CategoryModelBayesian per category (R. O. Duda, P. E. Hart,
 /// D. G. Stork, Pattern Classification, 2nd edition, Wiley 2001, chapter 2).
@@ -71,8 +72,8 @@ class VXCLSS_EXPORT vx_ClassifierBayesian : public vx_Classifier {
   void recordRunResults_(vxDiagObject* diag, unsigned long flags, const vxFeaturePattern& pattern,
                          const vxClassifierResult& result) const override;
 
-  vxPtrHandle<vx_CategoryModel> newModel_(long label, long numMeasurements,
-                                          const vxClassifierTrainParamsBayesian& params) const;
+  vxPtrHandle<vx_CategoryModelBayesian> newModel_(
+      long label, long numMeasurements, const vxClassifierTrainParamsBayesian& params) const;
   const vx_BayesianPlan* plan_() const;
   void dropPlan_() noexcept;
 

@@ -87,4 +87,30 @@ Real logNormal(const Moments& moments, const vx_KernelPattern& x) {
   return value;
 }
 
+void RunningMoments::fold(const vx_KernelPattern& sample, double normalizer) {
+  bool isCounted = false;
+  for (std::size_t i = 0; i < pairs_.size(); ++i) {
+    for (std::size_t j = 0; j <= i; ++j) {
+      if (!isValid(sample, i) || !isValid(sample, j)) continue;
+      isCounted = true;
+      Pair& pair = pairs_[i][j];
+      const double x = sample.values[i] / normalizer;
+      const double y = sample.values[j] / normalizer;
+      ++pair.count;
+      const auto n = static_cast<double>(pair.count);
+      const double deviation = x - pair.rowMean;
+      pair.rowMean = pair.rowMean + deviation / n + 0.0;
+      pair.columnMean = pair.columnMean + (y - pair.columnMean) / n + 0.0;
+      pair.products = pair.products + deviation * (y - pair.columnMean);
+    }
+  }
+  if (isCounted) ++sampleCount_;
+}
+
+double RunningMoments::covariance(std::size_t row, std::size_t column) const {
+  const Pair& pair = pairs_[row][column];
+  if (pair.count < 2) return row == column ? -0.0 : 0.0;
+  return pair.products / static_cast<double>(pair.count - 1);
+}
+
 }  // namespace plain

@@ -5,52 +5,57 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <vector>
 
+#include "bayesian_block.h"
 #include "kernel/normal_density.h"
 #include "vxclss/category_model_bayesian.h"
 #include "vxclss/density.h"
 #include "vxfoundation/handle.h"
 
-/// A classifier's normal densities, laid out for running: each single measurement's mean, scale
-/// and constant one after another in the order in which they are added, each larger group's factor
-/// by reference.
+/// A classifier's normal densities, laid out for running: the categories that group their
+/// measurements alike in blocks that are evaluated together.
 ///
-/// Gives the bits of vx_CategoryModelBayesian::matchScore() for patterns whose measurements are
-/// all valid. Categories with anything but trained normal densities are left to that.
+/// Gives the bits of vx_CategoryModelBayesian::matchScore(). To that are left categories with
+/// anything but trained normal densities, and patterns that lack a measurement or have an invalid
+/// one in a group of several. A density that stands in several places is laid out for the first of
+/// its categories only: a few references in an archive must not grow into many copies.
 ///
 /// Copies of a model share its densities, and a host may hold a model itself, so both may change
 /// behind the classifier's back; the plan notices and steps aside for good.
 class vx_BayesianPlan {
  public:
+  /// What a run writes to; its contents are left over from run to run.
+  struct Room {
+    std::vector<double> numbers;
+    double* aligned = nullptr;  // the first of them in use
+    std::vector<char> valid;    // a flag a measurement; none if all are valid
+  };
+
   explicit vx_BayesianPlan(const std::vector<vxPtrHandle<vx_CategoryModel>>& models);
 
-  /// Whether the plan may be used now for a pattern of so many valid measurements.
-  bool isUsable(long numMeasurements) const;
+  /// Makes `room` ready for one run; false if the pattern is not for the plan.
+  bool takes(const vxFeaturePattern& pattern, Room& room) const;
 
-  bool covers(std::size_t category) const { return categories_[category].isCovered; }
+  /// Whether models and densities are still those that the plan was made from.
+  bool isUpToDate() const {
+    return epoch_.load(std::memory_order_acquire) == vx_NormalDensity::epoch()
+               ? !isOutdated_.load(std::memory_order_relaxed)
+               : isStillUpToDate_();
+  }
 
-  /// The match score of a category that is covered; `x` are the pattern's measurements.
-  double matchScore(std::size_t category, const double* x) const;
+  bool covers(std::size_t category) const { return places_[category].block != kNoBlock; }
+
+  /// The match score of a category that is covered. The categories of one run are asked in order.
+  double matchScore(std::size_t category, const vxFeaturePattern& pattern, Room& room) const;
 
  private:
-  struct Single {
-    double mean;
-    double scale;
-    double constant;
-    std::size_t measurement;
-  };
-  struct Group {
-    const vx_NormalFactor* factor;  // owned by its density
-    std::size_t firstMember;
-    std::size_t singlesBefore;  // how many singles of the category are added first
-  };
-  struct Category {
-    bool isCovered = false;
-    std::size_t firstSingle = 0;
-    std::size_t endSingle = 0;
-    std::size_t firstGroup = 0;
-    std::size_t endGroup = 0;
+  static constexpr std::size_t kNoBlock = static_cast<std::size_t>(-1);
+
+  struct Place {
+    std::size_t block = kNoBlock;
+    std::size_t lane = 0;
   };
   struct Source {
     const vx_NormalDensity* density;
@@ -61,19 +66,19 @@ class vx_BayesianPlan {
     std::uint64_t revision;
   };
 
-  bool isUpToDate_() const;
-  bool add_(const vx_CategoryModel* model);
-  bool addGroup_(const std::vector<long>& group, const vx_ProbabilityDensityFunction* density,
-                 std::size_t firstSingle);
-  double addSingles_(double score, std::size_t from, std::size_t to, const double* x) const;
+  using Densities = std::set<const vx_NormalDensity*>;
 
-  std::vector<Category> categories_;
-  std::vector<Single> singles_;
-  std::vector<Group> groups_;
-  std::vector<std::size_t> members_;  // of the groups
+  bool add_(const vx_CategoryModelBayesian& model, Densities& laidOut,
+            std::vector<double>& constants);
+  bool isStillUpToDate_() const;
+
+  std::vector<Place> places_;  // one a category
+  std::vector<vx_BayesianBlock> blocks_;
+  std::size_t roomSize_ = 0;    // what the largest block needs
+  long largestMember_ = -1;     // index of a measurement
+  std::vector<long> together_;  // members of groups of several
   std::vector<Model> models_;
   std::vector<Source> sources_;  // kept alive by the models, as long as those are the same
-  long smallestPattern_ = 0;
 
   mutable std::atomic<std::uint64_t> epoch_;
   mutable std::atomic<bool> isOutdated_{false};

@@ -4,12 +4,17 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <typeinfo>
 #include <unordered_map>
 #include <utility>
 
+#include "bayesian_learner.h"
 #include "bayesian_plan.h"
+#include "clastool/clastool/lent.h"
 #include "clastool/clastool/make_room.h"
+#include "clastool/clastool/result_weighting.h"
 #include "vxclss/category_model_bayesian.h"
+#include "vxclss/data_provider.h"
 #include "vxclss/errors.h"
 #include "vxclss/train_params_bayesian.h"
 #include "vxfoundation/archive.h"
@@ -20,20 +25,34 @@ namespace {
 
 constexpr long kUnknownLabel = -1;
 
-// How many measurements a model looks at; of a host's model, as many as it says.
+// A model that was trained looks at all measurements up to the last one. Others may leave gaps, but
+// those of a damaged archive can be of any size, so up to this many measurements are given anyway.
+constexpr long kMostWithGaps = 4096;
+
+// How many measurements a check has to give a model; a host's model, as many as it says.
 long numLookedAt(const vx_CategoryModel& model) {
   const auto* bayesian = dynamic_cast<const vx_CategoryModelBayesian*>(&model);
   if (bayesian == nullptr) return std::max(model.numMeasurements(), 0L);
   long largest = -1;
+  long members = 0;
   for (const std::vector<long>& group : bayesian->measurementGroups()) {
     for (const long measurement : group) largest = std::max(largest, measurement);
+    members += static_cast<long>(group.size());
   }
-  return largest + 1;
+  const long most = std::max(members, kMostWithGaps);
+  return largest < most ? largest + 1 : most;
 }
 
 bool isSameModel(const vxPtrHandle<vx_CategoryModel>& a, const vxPtrHandle<vx_CategoryModel>& b) {
   return vfCheckedCast<vx_CategoryModelBayesian>(*a) == vfCheckedCast<vx_CategoryModelBayesian>(*b);
 }
+
+// What a run writes to beside its result.
+struct RunRoom {
+  vx_BayesianPlan::Room ofPlan;
+  std::vector<double> scores;
+  std::vector<vxClassifierCategoryResult> matchResults;
+};
 
 }  // namespace
 
@@ -79,6 +98,9 @@ void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
   const long numMeasurements = data.numMeasurements();
   dropPlan_();
 
+  // Nobody sees the models grow: they are all made here, and no code but ours runs meanwhile.
+  const bool isUnseen = models_.empty() && typeid(data) == typeid(vxClassifierDataProviderMemory);
+  std::vector<std::unique_ptr<vx_BayesianLearner>> learners;  // then one a model
   std::unordered_map<long, std::size_t> placeOf;
   for (std::size_t k = labels_.size(); k > 0; --k) placeOf[labels_[k - 1]] = k - 1;
   for (long i = 0; i < count; ++i) {
@@ -87,15 +109,25 @@ void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
     if (label == kUnknownLabel) continue;
     const auto known = placeOf.find(label);
     if (known != placeOf.end()) {
-      models_[known->second]->adapt(*pattern, nullptr, 0);
+      if (isUnseen) {
+        learners[known->second]->adapt(*pattern);
+      } else {
+        models_[known->second]->adapt(*pattern, nullptr, 0);
+      }
       continue;
     }
-    const vxPtrHandle<vx_CategoryModel> model = newModel_(label, numMeasurements, bayesian);
-    model->adapt(*pattern, nullptr, 0);
+    const vxPtrHandle<vx_CategoryModelBayesian> model = newModel_(label, numMeasurements, bayesian);
+    auto learner = isUnseen ? std::make_unique<vx_BayesianLearner>(*model) : nullptr;
+    if (isUnseen) {
+      learner->adapt(*pattern);
+    } else {
+      model->adapt(*pattern, nullptr, 0);
+    }
     placeOf[label] = models_.size();
-    vx_makeRoom(labels_, models_);
+    vx_makeRoom(labels_, models_, learners);
     labels_.push_back(label);
     models_.push_back(model);
+    learners.push_back(std::move(learner));
   }
 }
 
@@ -140,29 +172,33 @@ void vx_ClassifierBayesian::checkRunnable_() const {
 
 void vx_ClassifierBayesian::run_(const vxFeaturePattern& pattern,
                                  vxClassifierResult& result) const {
-  const vx_BayesianPlan* plan = pattern.numInvalid() == 0 ? plan_() : nullptr;
-  if (plan != nullptr && !plan->isUsable(pattern.numMeasurements())) plan = nullptr;
-  const double* x = pattern.featureMeasurements(false).data();
+  vx_Lent<RunRoom> room;
+  const vx_BayesianPlan& plan = *plan_();
+  const bool isForPlan = plan.takes(pattern, room->ofPlan);
 
-  std::vector<double> scores(models_.size());
+  std::vector<double>& scores = room->scores;
+  scores.resize(models_.size());
   double best = -HUGE_VAL;
   for (std::size_t i = 0; i < models_.size(); ++i) {
     vfThrowExceptionOnFailure(vfCheckAttention());
-    scores[i] = plan != nullptr && plan->covers(i) ? plan->matchScore(i, x)
-                                                   : models_[i]->matchScore(pattern, nullptr, 0);
+    // A handler or a host's density may just have changed a model.
+    scores[i] = isForPlan && plan.covers(i) && plan.isUpToDate()
+                    ? plan.matchScore(i, pattern, room->ofPlan)
+                    : models_[i]->matchScore(pattern, nullptr, 0);
     if (scores[i] > best) best = scores[i];
   }
   vfThrowExceptionOnFailure(vfCheckAttention());
 
   const auto& params = vfCheckedCast<vxClassifierTrainParamsBayesian>(*heldTrainParams_());
   const double offset = 0.0 - best;  // ln 1.0: the best category's score
-  std::vector<vxClassifierCategoryResult> matchResults;
+  std::vector<vxClassifierCategoryResult>& matchResults = room->matchResults;
+  matchResults.clear();
   matchResults.reserve(models_.size());
   for (std::size_t i = 0; i < models_.size(); ++i) {
     matchResults.emplace_back(models_[i]->categoryLabel(), std::exp(offset + scores[i]), 0.0, 0.0);
   }
-  result = vxClassifierResult(matchResults, params.categoryFrequencies(),
-                              params.misclassificationCosts(), offset);
+  vx_ResultWeighting::weigh(matchResults.data(), matchResults.size(), params.categoryFrequencies(),
+                            params.misclassificationCosts(), offset, result);
 }
 
 void vx_ClassifierBayesian::recordTrainInputs_(vxDiagObject*, unsigned long) const {}
@@ -176,7 +212,7 @@ void vx_ClassifierBayesian::recordRunResults_(vxDiagObject*, unsigned long, cons
 
 // Each dependency set of the category becomes a group at its lowest measurement, every other
 // measurement a group of its own.
-vxPtrHandle<vx_CategoryModel> vx_ClassifierBayesian::newModel_(
+vxPtrHandle<vx_CategoryModelBayesian> vx_ClassifierBayesian::newModel_(
     long label, long numMeasurements, const vxClassifierTrainParamsBayesian& params) const {
   const vxClassifierDistributionTypes& distributions = params.distributionTypes();
   std::vector<std::vector<long>> groups;
@@ -192,7 +228,7 @@ vxPtrHandle<vx_CategoryModel> vx_ClassifierBayesian::newModel_(
         isGrouped[static_cast<std::size_t>(member)] = true;
     }
   }
-  return vxPtrHandle<vx_CategoryModel>(
+  return vxPtrHandle<vx_CategoryModelBayesian>(
       new vx_CategoryModelBayesian(label, groups, types, params.maxMeasurementValues()));
 }
 

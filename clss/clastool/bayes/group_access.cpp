@@ -81,3 +81,8 @@ const vx_NormalDensity* vx_GroupAccess::normalState(const vx_ProbabilityDensityF
   if (typeid(density) != typeid(vx_PDFMultivariateNormal)) return nullptr;
   return static_cast<const vx_PDFMultivariateNormal&>(density).state_.get();
 }
+
+vx_NormalDensity* vx_GroupAccess::normalState(vx_ProbabilityDensityFunction& density) {
+  if (typeid(density) != typeid(vx_PDFMultivariateNormal)) return nullptr;
+  return static_cast<vx_PDFMultivariateNormal&>(density).state_.get();
+}

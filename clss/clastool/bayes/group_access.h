@@ -26,6 +26,7 @@ class vx_GroupAccess {
 
   /// The statistics of a normal density of our own; null for any other density.
   static const vx_NormalDensity* normalState(const vx_ProbabilityDensityFunction& density);
+  static vx_NormalDensity* normalState(vx_ProbabilityDensityFunction& density);
 };
 
 #endif  // CLSS_CLASTOOL_BAYES_GROUP_ACCESS_H_

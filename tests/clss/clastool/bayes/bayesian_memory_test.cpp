@@ -5,9 +5,11 @@
 #include <vector>
 
 #include "tests/support/allocation_meter.h"
+#include "tests/support/attention_counter.h"
 #include "tests/support/bayes_probe.h"
 #include "tests/support/samples.h"
 #include "vxclss/train_params_bayesian.h"
+#include "vxfoundation/exception.h"
 #include "vxfoundation/random.h"
 
 namespace {
@@ -49,15 +51,79 @@ vxFeaturePattern query(const Shape& shape) {
   return {std::vector<double>(static_cast<std::size_t>(shape.measurements), 0.5), {}};
 }
 
-/// Of the second run, which finds everything made.
+struct Taken {
+  std::size_t calls;
+  std::size_t bytes;
+};
+
+template <class Body>
+Taken takenBy(Body&& body) {
+  const AllocationMeter meter;
+  body();
+  return {meter.calls(), meter.bytes()};
+}
+
+/// Of the second run, which finds everything made but the room of its own result.
+Taken takenByRun(const BayesProbe& classifier, const vxFeaturePattern& pattern) {
+  vxClassifierResult first;
+  classifier.run(pattern, first);
+  vxClassifierResult second;
+  return takenBy([&] { classifier.run(pattern, second); });
+}
+
 std::size_t callsOfRun(const Shape& shape) {
+  return takenByRun(trained(shape), query(shape)).calls;
+}
+
+/// What making a result of so many categories takes by itself, after another one.
+Taken takenByResult(long categories) {
+  std::vector<vxClassifierCategoryResult> matches;
+  for (long label = 0; label < categories; ++label) matches.emplace_back(label, 0.5, 0.0, 0.0);
+  vxClassifierResult result;
+  const auto make = [&] {
+    result =
+        vxClassifierResult(matches, vxClassifierFrequencies(1.0), vxClassifierCosts(1.0), -2.0);
+  };
+  make();
+  return takenBy(make);
+}
+
+TEST(BayesianMemoryTest, TakesNothingInARunButWhatItsResultTakes) {
+  for (const long categories : {1L, 3L, 8L, 30L, 300L}) {
+    const Taken alone = takenByResult(categories);
+    for (const Shape& shape : {Shape{categories, 8, 1}, Shape{categories, 8, 4}}) {
+      const Taken whole = takenByRun(trained(shape), query(shape));
+      EXPECT_EQ(whole.calls, alone.calls) << categories << ", " << shape.groupSize;
+      EXPECT_EQ(whole.bytes, alone.bytes) << categories << ", " << shape.groupSize;
+    }
+    const Shape singles{categories, 8, 1};
+    const vxFeaturePattern partly(query(singles).featureMeasurements(true), {0, 7});
+    EXPECT_EQ(takenByRun(trained(singles), partly).bytes, alone.bytes) << categories;
+  }
+}
+
+TEST(BayesianMemoryTest, FindsTheRoomOfARunAfterOneThatFailed) {
+  const Shape shape{3, 8, 1};
   const BayesProbe classifier = trained(shape);
   const vxFeaturePattern pattern = query(shape);
+  const Taken before = takenByRun(classifier, pattern);
   vxClassifierResult result;
-  classifier.run(pattern, result);
-  const AllocationMeter meter;
-  classifier.run(pattern, result);
-  return meter.calls();
+  for (long stopAt = 1; stopAt <= 7; ++stopAt) {
+    const AttentionCounter counter(stopAt);
+    EXPECT_THROW(classifier.run(pattern, result), vxStopRequested);
+  }
+  EXPECT_EQ(takenBy([&] { classifier.run(pattern, result); }).bytes, before.bytes);
+}
+
+TEST(BayesianMemoryTest, TakesNothingWhereTheResultHasRoom) {
+  for (const long categories : {1L, 30L, 300L}) {
+    const Shape shape{categories, 8, 4};
+    const BayesProbe classifier = trained(shape);
+    vxClassifierResult result;
+    const vxFeaturePattern pattern = query(shape);
+    classifier.run(pattern, result);
+    EXPECT_EQ(takenBy([&] { classifier.run(pattern, result); }).calls, 0u) << categories;
+  }
 }
 
 TEST(BayesianMemoryTest, TakesNothingPerMeasurementOrGroupInARun) {

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
 #include "tests/support/bayes_probe.h"
+#include "tests/support/on_threads.h"
 #include "tests/support/samples.h"
 #include "vxclss/classifier_tool.h"
 #include "vxclss/train_params_bayesian.h"
@@ -20,20 +18,6 @@ using Types = vxClassifierDistributionTypes;
 
 constexpr int kThreads = 8;
 constexpr int kRounds = 20;
-
-/// Runs `body(thread)` on all threads, which begin together.
-void onThreads(const std::function<void(int)>& body) {
-  std::atomic<int> waiting{kThreads};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&, i] {
-      --waiting;
-      while (waiting > 0) std::this_thread::yield();
-      body(i);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
 
 class BayesianThreadsTest : public testing::Test {
  protected:
@@ -80,7 +64,7 @@ TEST_F(BayesianThreadsTest, RunOneFreshlyLoadedTool) {
   for (int round = 0; round < 10; ++round) {
     vxClassifierTool tool;
     load(stored(tool_), tool);
-    onThreads([&](int thread) {
+    onThreads(kThreads, [&](int thread) {
       for (int i = 0; i < kRounds; ++i) {
         const int number = (i + thread) % kRounds;
         EXPECT_EQ(run(tool, number), expected[static_cast<std::size_t>(number)]);
@@ -98,7 +82,7 @@ TEST_F(BayesianThreadsTest, EvaluateOneFreshDensity) {
   const double expected = source.logValue(pattern);
   for (int round = 0; round < 20; ++round) {
     const vx_PDFMultivariateNormal density(source);
-    onThreads([&](int) { EXPECT_EQ(density.logValue(pattern), expected); });
+    onThreads(kThreads, [&](int) { EXPECT_EQ(density.logValue(pattern), expected); });
   }
 }
 
@@ -106,7 +90,7 @@ TEST_F(BayesianThreadsTest, RunCopiesThatShareTheirModels) {
   const std::vector<vxClassifierResult> expected = runAll(tool_);
   vxClassifierTool fresh;
   load(stored(tool_), fresh);
-  onThreads([&](int) {
+  onThreads(kThreads, [&](int) {
     for (int i = 0; i < kRounds; ++i) {
       vxClassifierTool own(fresh);
       EXPECT_EQ(run(own, i), expected[static_cast<std::size_t>(i)]);
@@ -123,7 +107,7 @@ TEST_F(BayesianThreadsTest, ArchiveOneToolAndRunIt) {
   const std::vector<vxClassifierResult> expected = runAll(tool_);
   vxClassifierTool fresh;
   load(bytes, fresh);
-  onThreads([&](int thread) {
+  onThreads(kThreads, [&](int thread) {
     for (int i = 0; i < kRounds; ++i) {
       if (thread < 2) {
         EXPECT_EQ(stored(fresh), bytes);
@@ -152,7 +136,7 @@ TEST_F(BayesianThreadsTest, LearnAndRunClassifiersThatShareNothing) {
   };
   const std::vector<vxClassifierResult> expected = runAll(tool_);
   const std::vector<vxClassifierResult> expectedLearning = learnAndRun();
-  onThreads([&](int thread) {
+  onThreads(kThreads, [&](int thread) {
     if (thread % 2 == 0) {
       EXPECT_EQ(runAll(tool_), expected);
     } else {

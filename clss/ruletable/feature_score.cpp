@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <typeinfo>
 
+#include "score_in_line.h"
 #include "vxclss/errors.h"
 #include "vxfoundation/archive.h"
 
@@ -21,7 +22,7 @@ bool isBetween(double x1, double x0, double xc) {
 }
 
 void checkOrder(const vxClassifierFeatureScoreOneSided& side) {
-  if (!isBetween(side.x1(), side.x0(), side.xc())) {
+  if (!vx_ScoreInLine::isInOrder(side)) {
     throw vxClassifierDefs::BadParams(L"x1 must lie between x0 and xc");
   }
 }
@@ -65,6 +66,22 @@ void vxClassifierFeatureScoreOneSided::init(double x0, double x1, double xc, dou
   xc_ = xc;
   y0_ = y0;
   y1_ = y1;
+  xChanged_();
+}
+
+void vxClassifierFeatureScoreOneSided::x0(double value) {
+  x0_ = value;
+  xChanged_();
+}
+
+void vxClassifierFeatureScoreOneSided::x1(double value) {
+  x1_ = value;
+  xChanged_();
+}
+
+void vxClassifierFeatureScoreOneSided::xc(double value) {
+  xc_ = value;
+  xChanged_();
 }
 
 void vxClassifierFeatureScoreOneSided::y0(double value) {
@@ -79,11 +96,19 @@ void vxClassifierFeatureScoreOneSided::y1(double value) {
 
 double vxClassifierFeatureScoreOneSided::score(double x) const {
   checkOrder(*this);
-  const bool rises = x0_ <= x1_ && x1_ <= xc_;
+  const bool rises = sign_ > 0.0;
   if (rises ? x > xc_ : x < xc_) return 0.0;
   if (rises ? x >= x1_ : x <= x1_) return y1_;
   if (rises ? x <= x0_ : x >= x0_) return y0_;
   return (y0_ * x1_ - y1_ * x0_ - (y0_ - y1_) * x) / (x1_ - x0_);
+}
+
+void vxClassifierFeatureScoreOneSided::xChanged_() noexcept {
+  if (!isBetween(x1_, x0_, xc_)) {
+    sign_ = 0.0;
+  } else {
+    sign_ = x0_ <= x1_ && x1_ <= xc_ ? 1.0 : -1.0;
+  }
 }
 
 vxClassifierFeatureScoreOneSided* vxClassifierFeatureScoreOneSided::clone() const {
@@ -114,6 +139,37 @@ void vxClassifierFeatureScoreTwoSided::init(double x0, double x1, double xc, dou
   low.init(x0, x1, xc, y0, y1);
   high_.init(x0h, x1h, xch, y0h, y1h);
   low_ = low;
+  xChanged_();
+}
+
+void vxClassifierFeatureScoreTwoSided::x0(double value) {
+  low_.x0(value);
+  xChanged_();
+}
+
+void vxClassifierFeatureScoreTwoSided::x1(double value) {
+  low_.x1(value);
+  xChanged_();
+}
+
+void vxClassifierFeatureScoreTwoSided::xc(double value) {
+  low_.xc(value);
+  xChanged_();
+}
+
+void vxClassifierFeatureScoreTwoSided::x0h(double value) {
+  high_.x0(value);
+  xChanged_();
+}
+
+void vxClassifierFeatureScoreTwoSided::x1h(double value) {
+  high_.x1(value);
+  xChanged_();
+}
+
+void vxClassifierFeatureScoreTwoSided::xch(double value) {
+  high_.xc(value);
+  xChanged_();
 }
 
 void vxClassifierFeatureScoreTwoSided::y0(double value) { low_.y0(value); }
@@ -133,11 +189,14 @@ void vxClassifierFeatureScoreTwoSided::y1h(double value) {
 double vxClassifierFeatureScoreTwoSided::score(double x) const {
   checkOrder(low_);
   checkOrder(high_);
-  const double lowest = std::min({high_.x0(), high_.x1(), high_.xc()});
-  if (low_.x0() > lowest || low_.x1() > lowest || low_.xc() > lowest) {
-    throw vxClassifierDefs::BadParams(L"Bad x values");
-  }
-  return x < lowest ? low_.score(x) : high_.score(x);
+  if (!isInOrder_) throw vxClassifierDefs::BadParams(L"Bad x values");
+  return x < lowest_ ? low_.score(x) : high_.score(x);
+}
+
+void vxClassifierFeatureScoreTwoSided::xChanged_() noexcept {
+  lowest_ = std::min({high_.x0(), high_.x1(), high_.xc()});
+  const bool overlap = low_.x0() > lowest_ || low_.x1() > lowest_ || low_.xc() > lowest_;
+  isInOrder_ = !overlap && vx_ScoreInLine::isInOrder(low_) && vx_ScoreInLine::isInOrder(high_);
 }
 
 vxClassifierFeatureScoreTwoSided* vxClassifierFeatureScoreTwoSided::clone() const {
@@ -156,6 +215,7 @@ vxArchive& operator||(vxArchive& archive, vxClassifierFeatureScoreOneSided& scor
   vx_Transfer transfer(archive);
   vfTransferStaged(archive, score, [&archive](vxClassifierFeatureScoreOneSided& target) {
     archive || target.x0_ || target.x1_ || target.xc_ || target.y0_ || target.y1_;
+    if (archive.isLoading()) target.xChanged_();
   });
   transfer.complete();
   return archive;
@@ -165,6 +225,7 @@ vxArchive& operator||(vxArchive& archive, vxClassifierFeatureScoreTwoSided& scor
   vx_Transfer transfer(archive);
   vfTransferStaged(archive, score, [&archive](vxClassifierFeatureScoreTwoSided& target) {
     archive || target.low_ || target.high_;
+    if (archive.isLoading()) target.xChanged_();
   });
   transfer.complete();
   return archive;

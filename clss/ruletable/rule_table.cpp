@@ -3,13 +3,86 @@
 
 #include <algorithm>
 #include <cmath>
+#include <typeinfo>
 
+#include "score_in_line.h"
 #include "vxclss/errors.h"
 #include "vxfoundation/archive.h"
 
 namespace {
 
 constexpr double kDoesNotCount = -1.0;  // what vxClassifierFeatureScoreIgnore answers
+
+using Methods = std::vector<vxPtrHandle<vxClsFtSc>>;
+
+// What function.score(x) answers or throws, without a call where the class is one of the library's
+// and there is nothing to throw.
+double scoreOf(const vxClsFtSc& function, double x) {
+  if (&typeid(function) == &typeid(vxClassifierFeatureScoreTwoSided)) {
+    const auto& band = static_cast<const vxClassifierFeatureScoreTwoSided&>(function);
+    if (vx_ScoreInLine::isInOrder(band)) return vx_ScoreInLine::score(band, x);
+  } else if (&typeid(function) == &typeid(vxClassifierFeatureScoreOneSided)) {
+    const auto& side = static_cast<const vxClassifierFeatureScoreOneSided&>(function);
+    if (vx_ScoreInLine::isInOrder(side)) return vx_ScoreInLine::score(side, x);
+  } else if (&typeid(function) == &typeid(vxClassifierFeatureScoreIgnore)) {
+    return kDoesNotCount;
+  }
+  return function.score(x);
+}
+
+// The product of the scores that count, and their number. No function is left out, even after a 0:
+// a later one may still have something to throw.
+struct Product {
+  Product(const Methods& methods, const std::vector<double>& values) {
+    if (values.size() != methods.size()) {
+      throw vxClassifierDefs::BadParams(L"MismatchedFeatureVectorSize");
+    }
+    if (values.empty()) {
+      throw vxClassifierDefs::BadParams(L"featureVector.featureValues().size() == 0");
+    }
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      const double score = scoreOf(*methods[i], values[i]);
+      if (score == kDoesNotCount) continue;
+      value *= score;
+      ++counted;
+    }
+  }
+
+  // A rule that ignores everything fits everything: 1 to an infinite power is 1.
+  double mean() const {
+    return value > 0.0 ? std::pow(value, 1.0 / static_cast<double>(counted)) : value;
+  }
+
+  double value = 1.0;
+  long counted = 0;
+};
+
+// Tells most products whose mean is not above a threshold t without the root: it is below t if the
+// product is below t^n. The margin, of a millionth in the product, is one of 1e-6 / n in the mean,
+// far more than two powers can be wrong by.
+class Threshold {
+ public:
+  explicit Threshold(double value) : value_(value) {}
+
+  bool isBelow(const Product& product) {
+    if (product.counted != counted_) {
+      counted_ = product.counted;
+      const double power = std::pow(value_, static_cast<double>(counted_));
+      constexpr double kFullPrecision = 1e-300;
+      surelyNot_ =
+          counted_ > 0 && counted_ < kMost && power > kFullPrecision ? power * (1.0 - 1e-6) : 0.0;
+    }
+    if (product.value > 0.0 && product.value < surelyNot_) return false;
+    return product.mean() > value_;
+  }
+
+ private:
+  static constexpr long kMost = 1'000'000;
+
+  double value_;
+  long counted_ = -1;
+  double surelyNot_ = 0.0;  // a positive product below this has a mean below the threshold
+};
 
 // A vector whose elements are loaded over those of the target: one that brings nothing stays.
 template <class T>
@@ -41,24 +114,7 @@ void vxClassifierRule::init(const std::vector<vxPtrHandle<vxClsFtSc>>& scoringMe
 }
 
 double vxClassifierRule::score(const vxClassifierFeatureVector& featureVector) const {
-  const std::vector<double>& values = featureVector.featureValues();
-  if (values.size() != scoringMethods_.size()) {
-    throw vxClassifierDefs::BadParams(L"MismatchedFeatureVectorSize");
-  }
-  if (values.empty()) {
-    throw vxClassifierDefs::BadParams(L"featureVector.featureValues().size() == 0");
-  }
-  double product = 1.0;
-  long counted = 0;
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    const double score = scoringMethods_[i]->score(values[i]);
-    if (score == kDoesNotCount) continue;
-    product *= score;
-    ++counted;
-  }
-  if (!(product > 0.0)) return product;
-  // A rule that ignores everything fits everything: 1 to an infinite power is 1.
-  return std::pow(product, 1.0 / static_cast<double>(counted));
+  return Product(scoringMethods_, featureVector.featureValues()).mean();
 }
 
 bool vxClassifierRule::operator==(const vxClassifierRule& other) const {
@@ -101,8 +157,10 @@ long vxClassifierRuleTable::classifyHardThreshold(const vxClassifierFeatureVecto
     throw vxClassifierDefs::BadParams(
         L"featureVector.featureValues().size() != rules_[0].scoringMethods().size())");
   }
+  Threshold threshold(hardThreshold);
   for (const vxClassifierRule& rule : rules_) {
-    if (rule.score(featureVector) > hardThreshold) return rule.label();
+    const Product product(rule.scoringMethods(), featureVector.featureValues());
+    if (threshold.isBelow(product)) return rule.label();
   }
   return -1;
 }

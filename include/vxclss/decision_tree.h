@@ -106,7 +106,7 @@ class VXCLSS_EXPORT vxDecisionTreeNode : public vxDecisionTree {
   void dispatchSerialize(vxArchive& archive) override;
 
  private:
-  friend class vx_ClassifierDecisionTree;
+  friend class vx_TreeWalk;
   using Subtree = vxPtrHandle_const<vxDecisionTree>;
 
   static vxDecisionTreeNode* soleNode_(const Subtree& subtree);

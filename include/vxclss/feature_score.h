@@ -57,11 +57,11 @@ class VXCLSS_EXPORT vxClassifierFeatureScoreOneSided : public vxClsFtSc {
   void init(double x0, double x1, double xc, double y0, double y1);
 
   double x0() const { return x0_; }
-  void x0(double value) { x0_ = value; }
+  void x0(double value);
   double x1() const { return x1_; }
-  void x1(double value) { x1_ = value; }
+  void x1(double value);
   double xc() const { return xc_; }
-  void xc(double value) { xc_ = value; }
+  void xc(double value);
 
   /// The setters throw BadParams for a value outside [0, 1].
   double y0() const { return y0_; }
@@ -75,14 +75,18 @@ class VXCLSS_EXPORT vxClassifierFeatureScoreOneSided : public vxClsFtSc {
   bool operator==(const vxClsFtSc& other) const override;
 
  private:
+  friend struct vx_ScoreInLine;
   friend VXCLSS_EXPORT vxArchive& operator||(vxArchive& archive,
                                              vxClassifierFeatureScoreOneSided& score);
+
+  void xChanged_() noexcept;
 
   double x0_ = 0.0;
   double x1_ = 1.0;
   double xc_ = 1.0;
   double y0_ = 1.0;
   double y1_ = 0.0;
+  double sign_ = 1.0;  // of x1 - x0 and xc - x1: 1 if it rises, else -1; 0 if x1 is not between
 };
 
 /// Two one-sided functions for a band of good values: the low one below the smallest x value of
@@ -107,17 +111,17 @@ class VXCLSS_EXPORT vxClassifierFeatureScoreTwoSided : public vxClsFtSc {
   const vxClassifierFeatureScoreOneSided& High() const { return high_; }
 
   double x0() const { return low_.x0(); }
-  void x0(double value) { low_.x0(value); }
+  void x0(double value);
   double x1() const { return low_.x1(); }
-  void x1(double value) { low_.x1(value); }
+  void x1(double value);
   double xc() const { return low_.xc(); }
-  void xc(double value) { low_.xc(value); }
+  void xc(double value);
   double x0h() const { return high_.x0(); }
-  void x0h(double value) { high_.x0(value); }
+  void x0h(double value);
   double x1h() const { return high_.x1(); }
-  void x1h(double value) { high_.x1(value); }
+  void x1h(double value);
   double xch() const { return high_.xc(); }
-  void xch(double value) { high_.xc(value); }
+  void xch(double value);
 
   /// The setters throw BadParams for a value outside [0, 1].
   double y0() const { return low_.y0(); }
@@ -136,9 +140,14 @@ class VXCLSS_EXPORT vxClassifierFeatureScoreTwoSided : public vxClsFtSc {
   bool operator==(const vxClsFtSc& other) const override;
 
  private:
+  friend struct vx_ScoreInLine;
   friend VXCLSS_EXPORT vxArchive& operator||(vxArchive& archive,
                                              vxClassifierFeatureScoreTwoSided& score);
 
+  void xChanged_() noexcept;
+
+  double lowest_ = 0.0;     // x value of the high side
+  bool isInOrder_ = false;  // nothing that score() would refuse
   vxClassifierFeatureScoreOneSided low_;
   vxClassifierFeatureScoreOneSided high_;
 };

@@ -60,6 +60,8 @@ class VXCLSS_EXPORT vxComparisonPredicate : public vxPredicateFunction {
   void dispatchSerialize(vxArchive& archive) override;
 
  private:
+  friend struct vx_PredicateOutcome;
+
   static vxPersistent* make();
   static vx_Instantiator sExemplar;
 
@@ -95,6 +97,8 @@ class VXCLSS_EXPORT vxRangePredicate : public vxPredicateFunction {
   void dispatchSerialize(vxArchive& archive) override;
 
  private:
+  friend struct vx_PredicateOutcome;
+
   static vxPersistent* make();
   static vx_Instantiator sExemplar;
 
@@ -129,6 +133,8 @@ class VXCLSS_EXPORT vxValidityPredicate : public vxPredicateFunction {
   void dispatchSerialize(vxArchive& archive) override;
 
  private:
+  friend struct vx_PredicateOutcome;
+
   static vxPersistent* make();
   static vx_Instantiator sExemplar;
 

@@ -3,6 +3,8 @@
 
 #include <typeinfo>
 
+#include "kernel/attended.h"
+#include "predicate_outcome.h"
 #include "vxclss/errors.h"
 #include "vxfoundation/archive.h"
 #include "vxfoundation/attention.h"
@@ -18,14 +20,71 @@ namespace {
   throw vxClassifierDefs::NotImplemented(L"Incremental decision tree training is not implemented.");
 }
 
-// Comparing type identities is much faster than a cast and right for all but derived classes.
-template <class T>
-const T* treeAs(const vxDecisionTree& tree) {
-  if (typeid(tree) == typeid(T)) return static_cast<const T*>(&tree);
-  return dynamic_cast<const T*>(&tree);
+// `object` if it is of the very class T. Comparing the addresses takes two loads where a cast takes
+// a search; that of another address, a derived class above all, is left to the cast.
+template <class T, class Base>
+const T* exactly(const Base& object) {
+  return &typeid(object) == &typeid(T) ? static_cast<const T*>(&object) : nullptr;
+}
+
+const vxClassifierResult& resultOf(const vxDecisionTree& tree) {
+  const auto* leaf = exactly<vxDecisionTreeLeaf>(tree);
+  return (leaf != nullptr ? *leaf : vfCheckedCast<vxDecisionTreeLeaf>(tree)).classifierResult();
 }
 
 }  // namespace
+
+// The walk. Nodes and predicates of the library are looked into where they stand, without a call:
+// what they hold may be changed between two runs by whoever shares it (an archive or a clone() of a
+// host can hand out a part of a tree), so nothing of them is kept. A predicate of a host is asked,
+// and after it, as after an attention handler, the pattern is looked at anew.
+class vx_TreeWalk {
+ public:
+  explicit vx_TreeWalk(const vxFeaturePattern& pattern) : pattern_(pattern), view_(pattern) {}
+
+  const vxDecisionTree& leafBelow(const vxDecisionTree& root) {
+    const vxDecisionTree* tree = &root;
+    for (;;) {
+      if (isAttended_) poll_();
+      const vxDecisionTreeNode* node = exactly<vxDecisionTreeNode>(*tree);
+      if (node == nullptr && exactly<vxDecisionTreeLeaf>(*tree) == nullptr) {
+        node = dynamic_cast<const vxDecisionTreeNode*>(tree);
+      }
+      if (node == nullptr) return *tree;
+      tree = outcome_(*node->predicate_) ? &*node->trueTree_ : &*node->falseTree_;
+    }
+  }
+
+ private:
+  void poll_() {
+    vfThrowExceptionOnFailure(vfCheckAttention());
+    lookAnew_();
+  }
+
+  void lookAnew_() {
+    view_ = vx_PatternView(pattern_);
+    isAttended_ = vx_isAttended();
+  }
+
+  bool outcome_(const vxPredicateFunction& predicate) {
+    if (const auto* comparison = exactly<vxComparisonPredicate>(predicate)) {
+      return vx_PredicateOutcome::of(*comparison, view_);
+    }
+    if (const auto* range = exactly<vxRangePredicate>(predicate)) {
+      return vx_PredicateOutcome::of(*range, view_);
+    }
+    if (const auto* validity = exactly<vxValidityPredicate>(predicate)) {
+      return vx_PredicateOutcome::of(*validity, view_);
+    }
+    const bool outcome = predicate.outcome(pattern_);
+    lookAnew_();
+    return outcome;
+  }
+
+  const vxFeaturePattern& pattern_;
+  vx_PatternView view_;
+  bool isAttended_ = vx_isAttended();
+};
 
 vx_ClassifierDecisionTree::vx_ClassifierDecisionTree() = default;
 
@@ -81,18 +140,7 @@ void vx_ClassifierDecisionTree::checkRunnable_() const {}
 
 void vx_ClassifierDecisionTree::run_(const vxFeaturePattern& pattern,
                                      vxClassifierResult& result) const {
-  const vxDecisionTree* tree = &*tree_;
-  for (;;) {
-    vfThrowExceptionOnFailure(vfCheckAttention());
-    if (const auto* node = treeAs<vxDecisionTreeNode>(*tree)) {
-      tree = node->predicate_->outcome(pattern) ? &*node->trueTree_ : &*node->falseTree_;
-    } else if (const auto* leaf = treeAs<vxDecisionTreeLeaf>(*tree)) {
-      result = leaf->classifierResult();
-      return;
-    } else {
-      vfThrowBadPointer();
-    }
-  }
+  result = resultOf(vx_TreeWalk(pattern).leafBelow(*tree_));
 }
 
 void vx_ClassifierDecisionTree::recordTrainInputs_(vxDiagObject*, unsigned long) const {}

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <typeinfo>
 
+#include "predicate_outcome.h"
 #include "vxclss/errors.h"
 #include "vxfoundation/archive.h"
 
@@ -51,9 +52,7 @@ vxComparisonPredicate::vxComparisonPredicate(long measurementIndex1, long measur
 vxComparisonPredicate::~vxComparisonPredicate() = default;
 
 bool vxComparisonPredicate::outcome(const vxFeaturePattern& pattern) const {
-  return pattern.isValid(measurementIndex1_) && pattern.isValid(measurementIndex2_) &&
-         pattern.featureMeasurement(measurementIndex1_, true) >
-             pattern.featureMeasurement(measurementIndex2_, true);
+  return vx_PredicateOutcome::of(*this, vx_PatternView(pattern));
 }
 
 vxPtrHandle<vxPredicateFunction> vxComparisonPredicate::clone() const {
@@ -93,10 +92,7 @@ vxRangePredicate& vxRangePredicate::operator=(const vxRangePredicate& other) {
 vxRangePredicate::~vxRangePredicate() = default;
 
 bool vxRangePredicate::outcome(const vxFeaturePattern& pattern) const {
-  return std::all_of(measurementIndices_.begin(), measurementIndices_.end(), [&](long index) {
-    return pattern.isValid(index) &&
-           measurementRange_.isWithin(pattern.featureMeasurement(index, true));
-  });
+  return vx_PredicateOutcome::of(*this, vx_PatternView(pattern));
 }
 
 vxPtrHandle<vxPredicateFunction> vxRangePredicate::clone() const {
@@ -133,8 +129,7 @@ vxValidityPredicate& vxValidityPredicate::operator=(const vxValidityPredicate& o
 vxValidityPredicate::~vxValidityPredicate() = default;
 
 bool vxValidityPredicate::outcome(const vxFeaturePattern& pattern) const {
-  return std::all_of(measurementIndices_.begin(), measurementIndices_.end(),
-                     [&pattern](long index) { return pattern.isValid(index); });
+  return vx_PredicateOutcome::of(*this, vx_PatternView(pattern));
 }
 
 vxPtrHandle<vxPredicateFunction> vxValidityPredicate::clone() const {

@@ -91,6 +91,10 @@ function(vxclss_library name)
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
+  # A library's own functions are called, not what another library of that name might put before
+  # them; gcc inlines within a library only then.
+  target_compile_options(${name}_objects PRIVATE
+    $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
   vxclss_program(${name}_objects)
 
   add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)

@@ -10,6 +10,8 @@
 #include "vxclss/train_params_knn.h"
 #include "vxfoundation/handle.h"
 
+class vx_NeighbourSearch;
+
 /// The k-nearest-neighbour technique (T. M. Cover, P. E. Hart, "Nearest neighbor pattern
 /// classification", IEEE Transactions on Information Theory 13(1), 1967, 21-27).
 ///
@@ -84,9 +86,9 @@ class VXCLSS_EXPORT vx_ClassifierKNN : public vx_Classifier {
   /// last place of a full list is not admitted.
   void findNearestNeighbors_(const vxFeaturePattern& pattern, long k, std::vector<long>& indices,
                              std::vector<double>& distances) const;
-  /// The same neighbours in no particular order, kept by this thread's vx_NeighbourSearch; null
-  /// where that has to leave the search to its definition.
-  const std::vector<long>* findQuickly_(const vxFeaturePattern& pattern) const;
+  /// The same neighbours, in no particular order; false where the search has to go by its
+  /// definition.
+  bool findQuickly_(const vxFeaturePattern& pattern, vx_NeighbourSearch& search) const;
   void fillMatchResults_(const std::vector<long>& indices,
                          std::vector<vxClassifierCategoryResult>& results) const;
 

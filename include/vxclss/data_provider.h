@@ -62,7 +62,7 @@ class VXCLSS_EXPORT vxClassifierDataProviderMemory : public vxClassifierDataProv
   vxClassifierDataProviderMemory(const vxClassifierDataProviderMemory&) = default;
   vxClassifierDataProviderMemory(vxClassifierDataProviderMemory&&) = default;
   vxClassifierDataProviderMemory& operator=(const vxClassifierDataProviderMemory& other);
-  vxClassifierDataProviderMemory& operator=(vxClassifierDataProviderMemory&&) = default;
+  vxClassifierDataProviderMemory& operator=(vxClassifierDataProviderMemory&& other) noexcept;
   ~vxClassifierDataProviderMemory() override;
 
   /// Replaces the whole content.
@@ -128,9 +128,9 @@ class VXCLSS_EXPORT vxClassifierDataProviderMemory : public vxClassifierDataProv
 
   std::wstring name_;
   std::wstring description_;
-  Packed packed_;  // before the patterns: an assignment drops it first
   Patterns patterns_;
   std::vector<long> labels_;  // as long as patterns_
+  Packed packed_;             // of these patterns; to be dropped before they are
 };
 
 #endif  // VXCLSS_DATA_PROVIDER_H_

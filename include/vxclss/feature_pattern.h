@@ -71,7 +71,8 @@ class VXCLSS_EXPORT vxFeaturePattern : public vxPersistent, public vxRepBase {
     PackedMark(const PackedMark&) noexcept {}
     PackedMark& operator=(const PackedMark&) = delete;
 
-    void add() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
+    /// Gives the new number.
+    std::int32_t add() noexcept { return count_.fetch_add(1, std::memory_order_relaxed) + 1; }
     void remove() noexcept { count_.fetch_sub(1, std::memory_order_relaxed); }
 
     void valueChanges() noexcept {

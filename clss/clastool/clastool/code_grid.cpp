@@ -8,8 +8,7 @@
 
 namespace {
 
-constexpr std::size_t kSample = 2048;
-constexpr double kTail = 0.002;  // of a sample, left out at each end of an axis
+constexpr double kTail = 0.002;  // of the rows, left out at each end of an axis
 
 constexpr double kLastWideCode = 16383.0;  // eight squares of it add up to less than 2^31
 constexpr double kLastCode = 255.0;
@@ -47,15 +46,12 @@ double meanSquaredDifference(const std::vector<double>& values, const Range& ran
 
 vx_CodeGrid::vx_CodeGrid(const double* rows, std::size_t count, std::size_t numMeasurements)
     : numMeasurements_(numMeasurements), axes_((numMeasurements + kLanes - 1) / kLanes) {
-  const std::size_t samples = std::min(count, kSample);
-  std::vector<double> values(samples);
+  std::vector<double> values(count);
   double widest = 0.0;
   double largest = 0.0;
   double meanSquare = 0.0;  // of the distance between two patterns
   for (std::size_t j = 0; j < numMeasurements; ++j) {
-    for (std::size_t i = 0; i < samples; ++i) {
-      values[i] = rows[i * count / samples * numMeasurements + j];
-    }
+    for (std::size_t i = 0; i < count; ++i) values[i] = rows[i * numMeasurements + j];
     const Range range = innerRange(values);
     axes_[j / kLanes].low[j % kLanes] = range.low;
     axes_[j / kLanes].high[j % kLanes] = range.high;

@@ -29,7 +29,7 @@ class vx_CodeGrid {
 
   vx_CodeGrid() = default;
 
-  /// For `count` rows of finite numbers, one after another.
+  /// For what `count` rows of finite numbers, one after another, are a sample of.
   vx_CodeGrid(const double* rows, std::size_t count, std::size_t numMeasurements);
 
   /// Up to this many measurements codes have 14 bits: there is room for them, and in few

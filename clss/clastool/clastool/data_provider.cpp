@@ -67,6 +67,18 @@ vxClassifierDataProviderMemory& vxClassifierDataProviderMemory::operator=(
   return *this = vxClassifierDataProviderMemory(other);
 }
 
+vxClassifierDataProviderMemory& vxClassifierDataProviderMemory::operator=(
+    vxClassifierDataProviderMemory&& other) noexcept {
+  if (this == &other) return *this;
+  vxClassifierDataProvider::operator=(std::move(other));
+  packed_ = std::move(other.packed_);  // while the old patterns are there
+  name_ = std::move(other.name_);
+  description_ = std::move(other.description_);
+  patterns_ = std::move(other.patterns_);
+  labels_ = std::move(other.labels_);
+  return *this;
+}
+
 vxClassifierDataProviderMemory::~vxClassifierDataProviderMemory() {
   packed_.drop();  // while there are patterns
 }

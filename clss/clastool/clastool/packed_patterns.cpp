@@ -2,35 +2,90 @@
 #include "packed_patterns.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <functional>
 #include <new>
+
+namespace {
+
+constexpr std::size_t kSample = 1024;  // patterns that a grid is made from
+
+bool areFinite(const std::vector<double>& x) {
+  std::array<double, 4> zeros{};  // a NaN once they met an infinity or a NaN
+  std::size_t i = 0;
+  for (; i + 4 <= x.size(); i += 4) {
+    for (std::size_t j = 0; j < 4; ++j) zeros[j] += 0.0 * x[i + j];
+  }
+  for (; i < x.size(); ++i) zeros[0] += 0.0 * x[i];
+  return (zeros[0] + zeros[1]) + (zeros[2] + zeros[3]) == 0.0;
+}
+
+}  // namespace
 
 vx_PackedPatterns::vx_PackedPatterns(const Patterns& patterns)
     : changesSeen_(vxFeaturePattern::PackedMark::changes.load()) {
-  if (patterns.empty() || patterns.front().isNull()) return;
-  numMeasurements_ = static_cast<std::size_t>(patterns.front()->numMeasurements());
   try {
-    patterns_.reserve(patterns.size());
-    rows_.reserve(patterns.size() * numMeasurements_);
-    for (const auto& pattern : patterns) {
-      if (!add_(pattern.get())) {
-        clear_();
-        return;
-      }
+    bool isDone = mark_(patterns) && makeGrid_();
+    if (isDone) {
+      rows_.reserve(size() * numMeasurements_);
+      lines_.resize(numBlocks() * numLines());
     }
-    grid_ = vx_CodeGrid(rows_.data(), size(), numMeasurements_);
-    if (!grid_.isUsable()) {
-      clear_();
-      return;
-    }
-    sizeOfGrid_ = size();
-    codes_.resize(grid_.numCodes());
-    lines_.resize(numBlocks() * numLines());
+    for (std::size_t i = 0; isDone && i < size(); ++i) isDone = layOut_(i);
+    if (!isDone) clear_();
   } catch (...) {
     clear_();
     throw;
   }
-  for (std::size_t i = 0; i < size(); ++i) encode_(i);
+}
+
+/// Whether the patterns are worth laying out as far as can be told before their numbers are seen.
+bool vx_PackedPatterns::mark_(const Patterns& patterns) {
+  if (patterns.empty() || patterns.front().isNull()) return false;
+  numMeasurements_ = static_cast<std::size_t>(patterns.front()->numMeasurements());
+  patterns_.reserve(patterns.size());
+  bool areMarkedOnce = true;
+  for (const auto& pattern : patterns) {
+    if (!isFit_(pattern.get())) return false;
+    patterns_.push_back(pattern.get());
+    if (pattern->packed_.add() != 1) areMarkedOnce = false;
+  }
+  return areMarkedOnce || areMostlyDistinct_();
+}
+
+bool vx_PackedPatterns::isFit_(const vxFeaturePattern* pattern) const {
+  return pattern != nullptr && pattern->numInvalid_ == 0 && numMeasurements_ > 0 &&
+         pattern->measurements_.size() == numMeasurements_;
+}
+
+bool vx_PackedPatterns::areMostlyDistinct_() const {
+  std::vector<const vxFeaturePattern*> sorted = patterns_;
+  std::sort(sorted.begin(), sorted.end(), std::less<>());
+  const auto distinct = std::unique(sorted.begin(), sorted.end()) - sorted.begin();
+  return 4 * static_cast<std::size_t>(distinct) >= sorted.size();
+}
+
+bool vx_PackedPatterns::makeGrid_() {
+  const std::size_t samples = std::min(size(), kSample);
+  std::vector<double> rows;
+  rows.reserve(samples * numMeasurements_);
+  for (std::size_t i = 0; i < samples; ++i) {
+    const std::vector<double>& x = patterns_[i * size() / samples]->measurements_;
+    if (!areFinite(x)) return false;
+    rows.insert(rows.end(), x.begin(), x.end());
+  }
+  grid_ = vx_CodeGrid(rows.data(), samples, numMeasurements_);
+  sizeOfGrid_ = size();
+  codes_.resize(grid_.numCodes());
+  return grid_.isUsable();
+}
+
+/// Takes up the numbers of a pattern that is fit and marked; there is room for its codes.
+bool vx_PackedPatterns::layOut_(std::size_t index) {
+  const std::vector<double>& x = patterns_[index]->measurements_;
+  if (!areFinite(x)) return false;
+  rows_.insert(rows_.end(), x.begin(), x.end());
+  encode_(index);
+  return true;
 }
 
 vx_PackedPatterns::~vx_PackedPatterns() { clear_(); }
@@ -47,14 +102,16 @@ bool vx_PackedPatterns::append(const Patterns& patterns) noexcept {
   // each pattern's.
   if (patterns_.empty()) return false;
   if (isOutdated_.load(std::memory_order_relaxed) || size() >= 2 * sizeOfGrid_) return false;
+  const vxFeaturePattern* pattern = patterns.back().get();
+  if (!isFit_(pattern)) return false;
   try {
-    if (!add_(patterns.back().get())) return false;
+    patterns_.push_back(pattern);
+    pattern->packed_.add();
     lines_.resize(numBlocks() * numLines());
+    return layOut_(size() - 1);
   } catch (const std::bad_alloc&) {
     return false;
   }
-  encode_(size() - 1);
-  return true;
 }
 
 bool vx_PackedPatterns::isUsable() const {
@@ -78,20 +135,6 @@ bool vx_PackedPatterns::holds_(const vxFeaturePattern& pattern, std::size_t inde
   const std::vector<double>& x = pattern.measurements_;
   return pattern.numInvalid_ == 0 && x.size() == numMeasurements_ &&
          std::equal(x.begin(), x.end(), row(index));
-}
-
-bool vx_PackedPatterns::add_(const vxFeaturePattern* pattern) {
-  if (pattern == nullptr || pattern->numInvalid_ != 0) return false;
-  const std::vector<double>& x = pattern->measurements_;
-  if (x.empty() || x.size() != numMeasurements_) return false;
-  double zero = 0.0;  // a NaN once it met an infinity or a NaN
-  for (const double value : x) zero += 0.0 * value;
-  if (zero != 0.0) return false;
-
-  rows_.insert(rows_.end(), x.begin(), x.end());
-  patterns_.push_back(pattern);
-  pattern->packed_.add();
-  return true;
 }
 
 void vx_PackedPatterns::encode_(std::size_t index) {

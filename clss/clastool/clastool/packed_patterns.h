@@ -18,6 +18,9 @@
 /// The patterns stay with their provider, which keeps them alive and tells what it appends. A host
 /// may still assign to a pattern that it shares; every packed pattern bears a mark, and by the
 /// counter which that moves the copy notices and steps aside for good.
+///
+/// A set of the same few patterns over and over isn't packed: a few references in an archive must
+/// not grow into many copies.
 class vx_PackedPatterns {
  public:
   using Patterns = std::vector<vxPtrHandle_const<vxFeaturePattern>>;
@@ -60,7 +63,11 @@ class vx_PackedPatterns {
   std::size_t numBlocks() const { return (size() + kLanes - 1) / kLanes; }
 
  private:
-  bool add_(const vxFeaturePattern* pattern);
+  bool mark_(const Patterns& patterns);
+  bool isFit_(const vxFeaturePattern* pattern) const;
+  bool areMostlyDistinct_() const;
+  bool makeGrid_();
+  bool layOut_(std::size_t index);
   void encode_(std::size_t index);
   bool holds_(const vxFeaturePattern& pattern, std::size_t index) const;
   bool isUpToDate_() const;

@@ -5,6 +5,8 @@
 #include <typeinfo>
 #include <utility>
 
+#include "clastool/clastool/lent.h"
+#include "clastool/clastool/result_weighting.h"
 #include "kernel/attended.h"
 #include "kernel/scratch.h"
 #include "neighbour_list.h"
@@ -17,6 +19,12 @@
 namespace {
 
 constexpr long kUnknownLabel = -1;
+
+/// What a run needs, kept by its thread.
+struct RunRoom {
+  vx_NeighbourSearch search;
+  std::vector<vxClassifierCategoryResult> matchResults;
+};
 
 [[noreturn]] void throwUnsupportedMeasurements() {
   throw vxClassifierDefs::BadFeatures(
@@ -97,17 +105,19 @@ void vx_ClassifierKNN::run_(const vxFeaturePattern& pattern, vxClassifierResult&
   if (pattern.numInvalid() != 0 || pattern.numMeasurements() != data_->numMeasurements()) {
     throwUnsupportedMeasurements();
   }
-  std::vector<vxClassifierCategoryResult> matchResults;
-  if (const std::vector<long>* neighbours = findQuickly_(pattern)) {
-    fillMatchResults_(*neighbours, matchResults);
+  vx_Lent<RunRoom> room;
+  std::vector<vxClassifierCategoryResult>& matchResults = room->matchResults;
+  matchResults.clear();
+  if (findQuickly_(pattern, room->search)) {
+    fillMatchResults_(room->search.neighbours(), matchResults);
   } else {
     std::vector<long> indices;
     std::vector<double> distances;
     findNearestNeighbors_(pattern, params_.k(), indices, distances);
     fillMatchResults_(indices, matchResults);
   }
-  result = vxClassifierResult(matchResults, vxClassifierFrequencies(1.0),
-                              params_.misclassificationCosts(), 0.0);
+  vx_ResultWeighting::weigh(matchResults.data(), matchResults.size(), vxClassifierFrequencies(1.0),
+                            params_.misclassificationCosts(), 0.0, result);
 }
 
 void vx_ClassifierKNN::recordTrainInputs_(vxDiagObject*, unsigned long) const {}
@@ -132,26 +142,26 @@ void vx_ClassifierKNN::findNearestNeighbors_(const vxFeaturePattern& pattern, lo
   }
 }
 
-const std::vector<long>* vx_ClassifierKNN::findQuickly_(const vxFeaturePattern& pattern) const {
+bool vx_ClassifierKNN::findQuickly_(const vxFeaturePattern& pattern,
+                                    vx_NeighbourSearch& search) const {
   const vxClassifierDataProviderMemory& data = *data_;
   const vxPatternDistanceMetric* metric = params_.distanceMetric().get();
   // A host's own class may answer otherwise.
   if (metric == nullptr || typeid(*metric) != typeid(vxPatternDistanceMetricNorm) ||
       typeid(data) != typeid(vxClassifierDataProviderMemory)) {
-    return nullptr;
+    return false;
   }
   const vx_PackedPatterns* packed = data.packedPatterns_();
-  if (packed == nullptr || !packed->isUsable()) return nullptr;
+  if (packed == nullptr || !packed->isUsable()) return false;
 
-  vx_NeighbourSearch& search = vx_NeighbourSearch::ofThisThread();
   if (!search.find(*packed, pattern, static_cast<const vxPatternDistanceMetricNorm&>(*metric),
                    static_cast<std::size_t>(params_.k()))) {
-    return nullptr;
+    return false;
   }
   // No distance can fail here, so all polls may come after all distances.
   const long polls = vx_isAttended() ? data.numPatterns() : 0;
   for (long i = 0; i < polls; ++i) vfThrowExceptionOnFailure(vfCheckAttention());
-  return &search.neighbours();
+  return true;
 }
 
 void vx_ClassifierKNN::fillMatchResults_(const std::vector<long>& indices,

@@ -69,11 +69,6 @@ void addWordPowers(const vx_CodeScan::Line* twoLines, const std::uint16_t* query
 
 }  // namespace
 
-vx_NeighbourSearch& vx_NeighbourSearch::ofThisThread() {
-  static thread_local vx_NeighbourSearch search;
-  return search;
-}
-
 bool vx_NeighbourSearch::find(const vx_PackedPatterns& patterns, const vxFeaturePattern& query,
                               const vxPatternDistanceMetricNorm& norm, std::size_t k) {
   if (k >= patterns.size()) {
@@ -213,6 +208,7 @@ bool vx_NeighbourSearch::findByBounds(const vx_PackedPatterns& patterns,
                                       const vxFeaturePattern& query,
                                       const vxPatternDistanceMetricNorm& norm, std::size_t k) {
   const vx_CodeGrid& grid = patterns.grid();
+  if (!(grid.step() > 1e-30 && grid.step() < 1e30)) return false;  // not for floats
   Powers powers;
   const double step = grid.step() * (patterns.isWide() ? 1 << kWordShift : 1);
   for (std::size_t i = 0; i < powers.size(); ++i) {
@@ -242,11 +238,11 @@ bool vx_NeighbourSearch::findByBounds(const vx_PackedPatterns& patterns,
     const vxFeaturePattern& pattern = patterns.pattern(static_cast<std::size_t>(i));
     farthest = std::max(farthest, norm.distance(query, pattern));
   }
-  // Sums of floats lose less than 2^-23 a term.
+  // Sums of floats lose less than 2^-23 a term, and what is too small for them next to nothing.
   const double lost = 1e-4 + 0x1p-22 * static_cast<double>(patterns.numMeasurements());
-  const auto limit =
-      static_cast<float>(std::pow(farthest, norm.order()) * (1.0 + lost) * (1.0 + lost)) +
-      std::numeric_limits<float>::min();
+  const double widened = std::pow(farthest, norm.order()) * (1.0 + lost) * (1.0 + lost);
+  if (!(widened < 1e38)) return false;
+  const auto limit = static_cast<float>(widened) + std::numeric_limits<float>::min();
 
   vx_NeighbourList list(k, neighbours_, distances_);
   for (std::size_t i = 0; i < bounds_.size(); ++i) {
@@ -281,8 +277,8 @@ void vx_NeighbourSearch::Candidates::startAgain(std::uint32_t limit) {
 void vx_NeighbourSearch::Candidates::add(const std::uint32_t* scores, std::uint32_t found,
                                          std::size_t firstIndex, const vx_CodeScan& scan) {
   if (size_ + 2 * kLanes > scores_.size()) {
-    scores_.resize(2 * size_ + 4 * kLanes);
     indices_.resize(2 * size_ + 4 * kLanes);
+    scores_.resize(2 * size_ + 4 * kLanes);  // the one that is asked, last
   }
   std::uint32_t* score = scores_.data() + size_;
   std::uint32_t* index = indices_.data() + size_;

@@ -23,11 +23,10 @@
 /// sums that differ by more than a share of (4 d + 64) p 2^-52 rank as the distances do. Only
 /// patterns that are closer than that to the k-th are asked for their distance. Sums below 1e-290
 /// may have lost digits and count as equal, those above 1e290 are left to the definition.
+///
+/// An object keeps the memory of its last search.
 class vx_NeighbourSearch {
  public:
-  /// The one of this thread, which keeps the memory that a search needs.
-  static vx_NeighbourSearch& ofThisThread();
-
   /// Sets neighbours(), in no particular order. False where the search must go by the definition:
   /// for a query that isn't finite, orders far from 1, distances near the ends of doubles.
   ///

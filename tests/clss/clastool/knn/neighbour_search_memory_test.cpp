@@ -6,6 +6,7 @@
 
 #include "tests/support/allocation_meter.h"
 #include "tests/support/samples.h"
+#include "tests/support/simd_levels.h"
 #include "vxclss/classifier_knn.h"
 
 namespace {
@@ -33,6 +34,19 @@ Taken takenByRun(const vx_ClassifierKNN& classifier) {
   return {meter.calls(), meter.bytes()};
 }
 
+/// What neighbours, their labels and a result of them take, `matches` being the categories.
+Taken takenByResult(long k, const std::vector<vxClassifierCategoryResult>& matches) {
+  const vxClassifierCosts costs(1.0);
+  vxClassifierResult result;
+  const AllocationMeter meter;
+  const std::vector<long> indices(static_cast<std::size_t>(k));
+  const std::vector<long> labels(indices);
+  std::vector<vxClassifierCategoryResult> categories;
+  for (const vxClassifierCategoryResult& match : matches) categories.push_back(match);
+  result = vxClassifierResult(categories, vxClassifierFrequencies(1.0), costs, 0.0);
+  return {meter.calls(), meter.bytes()};
+}
+
 class NeighbourSearchMemoryTest : public testing::TestWithParam<long> {
  protected:
   static vx_ClassifierKNN trained(long count) {
@@ -55,6 +69,24 @@ TEST_P(NeighbourSearchMemoryTest, TakesTheSameForAnyNumberOfStoredPatterns) {
 
 TEST_P(NeighbourSearchMemoryTest, TakesNothingPerStoredPatternInTheFirstRunEither) {
   EXPECT_LT(takenByRun(trained(5000)).calls, 200u);
+}
+
+TEST_P(NeighbourSearchMemoryTest, TakesOnlyWhatTheResultHoldsOnceTheThreadHasSearched) {
+  for (const double order : {1.0, 2.0, 3.0}) {
+    vx_ClassifierKNN classifier;
+    classifier.train(dataOf(5000),
+                     vxClassifierTrainParamsKNN(GetParam(), vxPatternDistanceMetricNorm(order),
+                                                vxClassifierCosts(1.0)));
+    atEverySimdLevel([&] {
+      takenByRun(classifier);
+      vxClassifierResult result;
+      classifier.run({{0.25, 0.0, 0.0, 0.0}, {}}, result);
+      const Taken byRun = takenByRun(classifier);
+      const Taken byResult = takenByResult(GetParam(), result.categoryResults());
+      EXPECT_LE(byRun.calls, byResult.calls) << order;
+      EXPECT_LE(byRun.bytes, byResult.bytes) << order;
+    });
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(K, NeighbourSearchMemoryTest, testing::Values(1, 5, 25));

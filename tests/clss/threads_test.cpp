@@ -5,12 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
+#include "tests/support/on_threads.h"
 #include "tests/support/samples.h"
 #include "vxclss/classifier_knn.h"
 #include "vxclss/classifier_tool.h"
@@ -21,20 +21,6 @@ namespace {
 
 constexpr int kThreads = 8;
 constexpr int kRounds = 20;
-
-/// Runs `body(thread)` on `count` threads, which begin together.
-void onThreads(int count, const std::function<void(int)>& body) {
-  std::atomic<int> waiting{count};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < count; ++i) {
-    threads.emplace_back([&, i] {
-      --waiting;
-      while (waiting > 0) std::this_thread::yield();
-      body(i);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
 
 class ThreadsTest : public testing::Test {
  protected:

@@ -53,7 +53,6 @@ OutputFile::OutputFile(const std::string& path) : path_(path), target_(path) {
     target_ = fs::canonical(path).string();
   }
   createTemporary_();
-  removeWhenKilled(temporary_.c_str());
   buffer_.descriptor(descriptor_);
   if (exists && fchmod(descriptor_, existing.st_mode & 07777) != 0) {
     const int error = errno;
@@ -80,13 +79,17 @@ void OutputFile::commit() {
 void OutputFile::createTemporary_() {
   const fs::path directory = fs::path(target_).parent_path();
   for (int attempt = 0; attempt < 1000; ++attempt) {
-    const fs::path candidate = directory / fmt::format(".vxclss-{}-{}.tmp", getpid(), attempt);
-    descriptor_ = open(candidate.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (descriptor_ >= 0) {
-      temporary_ = candidate.string();
-      return;
-    }
-    if (errno != EEXIST) break;
+    // Known to the signal handler before it is there. Should it be there already, then from a
+    // process that is gone, or from this one, which is about to be.
+    temporary_ = (directory / fmt::format(".vxclss-{}-{}.tmp", getpid(), attempt)).string();
+    removeWhenKilled(temporary_.c_str());
+    descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor_ >= 0) return;
+    const int error = errno;
+    removeWhenKilled(nullptr);
+    temporary_.clear();
+    errno = error;
+    if (error != EEXIST) break;
   }
   refuse_(errno);
 }

@@ -1,0 +1,4 @@
+// SPDX-License-Identifier: MIT
+#include "fuzz/families.h"
+
+VX_FUZZ_FAMILY(rules, fuzz::Rules)

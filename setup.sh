@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what a build needs and this machine lacks; with --ci, also what the stricter checks need.
+# Installs what a build needs and this machine lacks; with --ci, also what the stricter checks need;
+# with --peers, also the libraries that bench/peers measures beside this one.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkgconf libgtest-dev libgmock-dev libbenchmark-dev libfmt-dev
@@ -8,7 +9,9 @@ packages=(g++ cmake ninja-build pkgconf libgtest-dev libgmock-dev libbenchmark-d
 case "${1:-}" in
   "") ;;
   --ci) packages+=(git binutils clang clang-format libclang-rt-14-dev gcovr) ;;
-  *) echo "usage: $0 [--ci]" >&2; exit 2 ;;
+  --peers) packages+=(libfaiss-dev libopencv-ml-dev libflann-dev libnanoflann-dev libcereal-dev
+                      libboost-serialization-dev libblas-dev liblapack-dev python3-sklearn) ;;
+  *) echo "usage: $0 [--ci | --peers]" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then

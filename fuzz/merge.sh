@@ -13,7 +13,7 @@ if [[ $# -eq 0 ]]; then
 fi
 build=${VXCLSS_FUZZ_BUILD:-build/fuzz}
 for target in "$@"; do
-  work=$build/work/$target
+  work=$build/state/$target
   rm -rf "$work/small" "$work/merged"
   mkdir -p "$work/small" "$work/merged" "$work/findings"
   find "$work/corpus" -type f -size -$((largest + 1))c -exec cp -t "$work/small" {} +

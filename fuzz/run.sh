@@ -21,7 +21,7 @@ cmake --build "$build" --target "${target}_fuzz" vxclss_fuzz_corpus >"$build/bui
   { cat "$build/build.log"; exit 1; }
 
 tool=$build/fuzz/vxclss_fuzz_corpus
-work=$build/work/$target
+work=$build/state/$target
 mkdir -p "$work/corpus" "$work/findings"
 for corpus in "fuzz/corpus/$target.bin" "fuzz/corpus/$target.found.bin"; do
   [[ ! -e $corpus ]] || "$tool" unpack "$corpus" "$work/corpus"
@@ -47,7 +47,7 @@ stat() { sed -n "s/^stat::$1: *//p" "$work/log"; }
 reached=$(sed -nE 's/.* cov: ([0-9]+) ft: ([0-9]+) corp: ([0-9]+).*/\1\t\2\t\3/p' "$work/log" | tail -1)
 printf '%s\t%s\t%s\t%s\t%s\t%s\n' "$(date -u +%Y-%m-%dT%H:%MZ)" "$target" \
   "$(stat number_of_executed_units)" "$(stat average_exec_per_sec)" "$reached" "$outcome" |
-  tee -a "$build/work/totals.tsv"
+  tee -a "$build/state/totals.tsv"
 if [[ $outcome -ne 0 ]]; then
   tail -60 "$work/log" >&2
   echo "$0: $target: a finding, see $work/findings" >&2

@@ -25,6 +25,6 @@ awk -F '\t' '
       printf "%-18s %12d %8d %8d %8d\n", t, executions[t], rate[t], cov[t], corpus[t] | "sort"
     close("sort")
     printf "%-18s %12d\n", "all", all
-  }' "${VXCLSS_FUZZ_BUILD:-build/fuzz}/work/totals.tsv"
+  }' "${VXCLSS_FUZZ_BUILD:-build/fuzz}/state/totals.tsv"
 echo "targets with a finding in this run: $findings"
 [[ $findings -eq 0 ]]

@@ -4,8 +4,8 @@
 #
 # The target is built with the preset fuzz in build/fuzz, or in $VXCLSS_FUZZ_BUILD as that was
 # configured. It goes on from what earlier runs found there, from the committed corpus and from the
-# seeds. A finding ends it with an error and stays in work/TARGET/findings. Each run adds a line to
-# work/totals.tsv.
+# seeds. A finding ends it with an error and stays in state/TARGET/findings. Each run adds a line to
+# state/totals.tsv.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

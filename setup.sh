@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Installs what a build needs and this machine lacks; with --ci, also what the stricter checks need;
-# with --peers, also the libraries that bench/peers measures beside this one.
+# with --peers, also the libraries that bench/peers measures beside this one; with --machines, also
+# the compilers and emulators that tests/machines builds and runs for other processors with.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkgconf libgtest-dev libgmock-dev libbenchmark-dev libfmt-dev
@@ -11,7 +12,9 @@ case "${1:-}" in
   --ci) packages+=(git binutils clang clang-format libclang-rt-14-dev gcovr) ;;
   --peers) packages+=(libfaiss-dev libopencv-ml-dev libflann-dev libnanoflann-dev libcereal-dev
                       libboost-serialization-dev libblas-dev liblapack-dev python3-sklearn) ;;
-  *) echo "usage: $0 [--ci | --peers]" >&2; exit 2 ;;
+  --machines) packages+=(clang googletest qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu
+                         g++-i686-linux-gnu) ;;
+  *) echo "usage: $0 [--ci | --peers | --machines]" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then

@@ -71,8 +71,13 @@ class VXCLSS_EXPORT vxFeaturePattern : public vxPersistent, public vxRepBase {
     PackedMark(const PackedMark&) noexcept {}
     PackedMark& operator=(const PackedMark&) = delete;
 
-    /// Gives the new number.
-    std::int32_t add() noexcept { return count_.fetch_add(1, std::memory_order_relaxed) + 1; }
+    /// False if the set of this number has added itself before, unless another one came between.
+    bool add(std::uint64_t set) noexcept {
+      count_.fetch_add(1, std::memory_order_relaxed);
+      if (lastSet_.load(std::memory_order_relaxed) == set) return false;
+      lastSet_.store(set, std::memory_order_relaxed);
+      return true;
+    }
     void remove() noexcept { count_.fetch_sub(1, std::memory_order_relaxed); }
 
     void valueChanges() noexcept {
@@ -82,6 +87,7 @@ class VXCLSS_EXPORT vxFeaturePattern : public vxPersistent, public vxRepBase {
 
    private:
     std::atomic<std::int32_t> count_{0};
+    std::atomic<std::uint64_t> lastSet_{0};
   };
 
   static vxPersistent* make();

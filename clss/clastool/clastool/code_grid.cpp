@@ -10,8 +10,6 @@ namespace {
 
 constexpr double kTail = 0.002;  // of the rows, left out at each end of an axis
 
-constexpr double kLastWideCode = 16383.0;  // eight squares of it add up to less than 2^31
-constexpr double kLastCode = 255.0;
 constexpr double kFartherThanMost = 240.0;  // whose square is a score that 16 bits hold
 
 struct Range {
@@ -59,10 +57,9 @@ vx_CodeGrid::vx_CodeGrid(const double* rows, std::size_t count, std::size_t numM
     largest = std::max({largest, std::fabs(range.low), std::fabs(range.high)});
     meanSquare += meanSquaredDifference(values, range);
   }
-  const bool isWide = numMeasurements <= kMostWide;
-  const double lastCode = isWide ? kLastWideCode : kLastCode;
-  const double step =
-      std::max(widest / lastCode, isWide ? 0.0 : std::sqrt(meanSquare) / kFartherThanMost);
+  const double last = lastCode(numMeasurements);
+  const double leastStep = isWide() ? 0.0 : std::sqrt(meanSquare) / kFartherThanMost;
+  const double step = std::max(widest / last, leastStep);
   // Neither may lose digits to an end of the range of doubles.
   if (!(step > 1e-290 && step < 1e290 && largest < 1e290)) return;
 
@@ -72,10 +69,15 @@ vx_CodeGrid::vx_CodeGrid(const double* rows, std::size_t count, std::size_t numM
   for (Axes& axes : axes_) {
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
       const double range = axes.high[lane] - axes.low[lane];
-      axes.lastCode[lane] = std::min(lastCode, std::floor(range * inverse_ + 0.5));
+      axes.lastCode[lane] = std::min(last, std::floor(range * inverse_ + 0.5));
       axes.base[lane] = axes.low[lane] + 0.5 * (range - axes.lastCode[lane] * step);
     }
   }
+}
+
+std::uint32_t vx_CodeGrid::lastCode(std::size_t numMeasurements) {
+  if (numMeasurements <= 8) return 16383;
+  return numMeasurements <= 64 && vx_simdDetected() == vx_Simd::kPlain ? 5792 : 255;
 }
 
 struct vx_CodeGrid::Sums {

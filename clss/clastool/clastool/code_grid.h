@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <vector>
 
-/// Rounds measurements to whole numbers of one byte, or of 14 bits where there are few of them, in
-/// such a way that distances between the numbers bound the true distances from below.
+/// Rounds measurements to whole numbers of one byte, or of 12 to 14 bits where there are few of
+/// them, in such a way that distances between the numbers bound the true distances from below.
 ///
 /// A pattern x is first clamped to a box, x', and then moved to the nearest point x^ of a grid of
 /// one step s for all measurements; its codes are the grid's coordinates. Clamping two points to
@@ -32,9 +32,14 @@ class vx_CodeGrid {
   /// For what `count` rows of finite numbers, one after another, are a sample of.
   vx_CodeGrid(const double* rows, std::size_t count, std::size_t numMeasurements);
 
-  /// Up to this many measurements codes have 14 bits: there is room for them, and in few
-  /// measurements neighbours are so near that bytes would tell them badly apart.
-  static constexpr std::size_t kMostWide = 8;
+  /// The greatest code of so many measurements: a byte's, or one of 13 or 14 bits. Few measurements
+  /// leave room for those and need them, since neighbours are so near there that bytes would tell
+  /// them badly apart; up to more measurements a processor without wide registers is faster with
+  /// them. As many squares of it as there are measurements add up to less than 2^31.
+  static std::uint32_t lastCode(std::size_t numMeasurements);
+
+  /// Whether codes are more than bytes.
+  bool isWide() const { return lastCode(numMeasurements_) > 255; }
 
   /// False where no step could be found: all rows are equal, or their range is beyond doubles.
   bool isUsable() const { return step_ > 0.0; }

@@ -3,12 +3,13 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <new>
 
 namespace {
 
 constexpr std::size_t kSample = 1024;  // patterns that a grid is made from
+
+std::atomic<std::uint64_t> numberOfSets{0};
 
 bool areFinite(const std::vector<double>& x) {
   std::array<double, 4> zeros{};  // a NaN once they met an infinity or a NaN
@@ -23,7 +24,8 @@ bool areFinite(const std::vector<double>& x) {
 }  // namespace
 
 vx_PackedPatterns::vx_PackedPatterns(const Patterns& patterns)
-    : changesSeen_(vxFeaturePattern::PackedMark::changes.load()) {
+    : number_(numberOfSets.fetch_add(1, std::memory_order_relaxed) + 1),
+      changesSeen_(vxFeaturePattern::PackedMark::changes.load()) {
   try {
     bool isDone = mark_(patterns) && makeGrid_();
     if (isDone) {
@@ -43,25 +45,18 @@ bool vx_PackedPatterns::mark_(const Patterns& patterns) {
   if (patterns.empty() || patterns.front().isNull()) return false;
   numMeasurements_ = static_cast<std::size_t>(patterns.front()->numMeasurements());
   patterns_.reserve(patterns.size());
-  bool areMarkedOnce = true;
+  std::size_t distinct = 0;
   for (const auto& pattern : patterns) {
     if (!isFit_(pattern.get())) return false;
     patterns_.push_back(pattern.get());
-    if (pattern->packed_.add() != 1) areMarkedOnce = false;
+    if (pattern->packed_.add(number_)) ++distinct;
   }
-  return areMarkedOnce || areMostlyDistinct_();
+  return 4 * distinct >= size();
 }
 
 bool vx_PackedPatterns::isFit_(const vxFeaturePattern* pattern) const {
   return pattern != nullptr && pattern->numInvalid_ == 0 && numMeasurements_ > 0 &&
          pattern->measurements_.size() == numMeasurements_;
-}
-
-bool vx_PackedPatterns::areMostlyDistinct_() const {
-  std::vector<const vxFeaturePattern*> sorted = patterns_;
-  std::sort(sorted.begin(), sorted.end(), std::less<>());
-  const auto distinct = std::unique(sorted.begin(), sorted.end()) - sorted.begin();
-  return 4 * static_cast<std::size_t>(distinct) >= sorted.size();
 }
 
 bool vx_PackedPatterns::makeGrid_() {
@@ -106,7 +101,7 @@ bool vx_PackedPatterns::append(const Patterns& patterns) noexcept {
   if (!isFit_(pattern)) return false;
   try {
     patterns_.push_back(pattern);
-    pattern->packed_.add();
+    pattern->packed_.add(number_);
     lines_.resize(numBlocks() * numLines());
     return layOut_(size() - 1);
   } catch (const std::bad_alloc&) {

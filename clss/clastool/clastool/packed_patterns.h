@@ -59,13 +59,12 @@ class vx_PackedPatterns {
   const Line* lines() const { return lines_.data(); }
   std::size_t numLines() const { return isWide() ? 2 * numPairs() : numPairs(); }
   std::size_t numPairs() const { return (numMeasurements_ + 1) / 2; }
-  bool isWide() const { return numMeasurements_ <= vx_CodeGrid::kMostWide; }
+  bool isWide() const { return grid_.isWide(); }
   std::size_t numBlocks() const { return (size() + kLanes - 1) / kLanes; }
 
  private:
   bool mark_(const Patterns& patterns);
   bool isFit_(const vxFeaturePattern* pattern) const;
-  bool areMostlyDistinct_() const;
   bool makeGrid_();
   bool layOut_(std::size_t index);
   void encode_(std::size_t index);
@@ -73,6 +72,7 @@ class vx_PackedPatterns {
   bool isUpToDate_() const;
   void clear_() noexcept;
 
+  const std::uint64_t number_;  // of this set among all
   std::size_t numMeasurements_ = 0;
   std::vector<const vxFeaturePattern*> patterns_;  // all of them marked
   std::vector<double> rows_;

@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t kLanes = vx_PackedPatterns::kLanes;
 constexpr double kTiny = 1e-290;  // sums between these two are as exact as any
 constexpr double kHuge = 1e290;
+constexpr std::size_t kPruneEvery = 4;   // times as many blocks as the last time
 constexpr double kRoundUp = 1.0 + 1e-9;  // more than the bounds' own arithmetic loses
 
 double absoluteSum(const double* x, const double* y, std::size_t n) {
@@ -40,10 +41,8 @@ double squareSum(const double* x, const double* y, std::size_t n) {
   return (sums[0] + sums[1]) + (sums[2] + sums[3]);
 }
 
-// Powers of the differences that codes are sure of: of every difference of bytes, and by the upper
-// bits of differences of words.
+// Powers of the differences that codes are sure of, by as many upper bits as a byte holds.
 using Powers = std::array<float, 256>;
-constexpr int kWordShift = 6;
 
 void addBytePowers(const vx_CodeScan::Line& line, const std::uint16_t* query, const Powers& powers,
                    float* bounds) {
@@ -57,13 +56,13 @@ void addBytePowers(const vx_CodeScan::Line& line, const std::uint16_t* query, co
 }
 
 void addWordPowers(const vx_CodeScan::Line* twoLines, const std::uint16_t* query,
-                   const Powers& powers, float* bounds) {
+                   const Powers& powers, int shift, float* bounds) {
   const int first = query[0];
   const int second = query[1];
   for (std::size_t lane = 0; lane < kLanes; ++lane) {
     const std::uint16_t* words = &twoLines[lane / 16].words[2 * (lane % 16)];
-    bounds[lane] += powers[static_cast<std::size_t>(std::abs(words[0] - first) >> kWordShift)] +
-                    powers[static_cast<std::size_t>(std::abs(words[1] - second) >> kWordShift)];
+    bounds[lane] += powers[static_cast<std::size_t>(std::abs(words[0] - first) >> shift)] +
+                    powers[static_cast<std::size_t>(std::abs(words[1] - second) >> shift)];
   }
 }
 
@@ -119,7 +118,9 @@ bool vx_NeighbourSearch::findBySums(const vx_PackedPatterns& patterns,
   candidates_.start(k, slack / step, areSquares,
                     patterns.isWide() ? vx_CodeScan::kMostOfWords : vx_CodeScan::kMostOfBytes);
   collect(patterns, areSquares);
-  double kthSum = sumUp(patterns, x, areSquares, k);
+  // Of many candidates the best give a bound first, so that most of the others need no sum.
+  const bool areMany = candidates_.size() > 4 * k;
+  double kthSum = areMany ? sumOfBest(patterns, x, areSquares) : sumUp(patterns, x, areSquares, k);
   if (!(kthSum <= kHuge)) return false;
 
   // How far a neighbour may be, then which score that allows. Where patterns or the query lie
@@ -127,11 +128,14 @@ bool vx_NeighbourSearch::findBySums(const vx_PackedPatterns& patterns,
   const double farthest = std::max(kthSum, kTiny) * (1.0 + 2.0 * margin);
   const double score = ((areSquares ? std::sqrt(farthest) : farthest) + slack) / step * kRoundUp;
   const std::uint32_t needed = candidates_.asLimit((areSquares ? score * score : score) * kRoundUp);
-  if (needed > candidates_.limit()) {
+  const bool leftOutTooMuch = needed > candidates_.limit();
+  if (leftOutTooMuch) {
     candidates_.startAgain(needed);
     collect(patterns, areSquares);
-    kthSum = sumUp(patterns, x, areSquares, k);
+  } else if (areMany) {
+    candidates_.keepUpTo(needed);
   }
+  if (leftOutTooMuch || areMany) kthSum = sumUp(patterns, x, areSquares, k);
 
   neighbours_.clear();
   double next = std::numeric_limits<double>::infinity();
@@ -154,14 +158,34 @@ void vx_NeighbourSearch::collect(const vx_PackedPatterns& patterns, bool areSqua
                                   patterns.numBlocks()};
   std::array<std::uint32_t, kLanes> scores;
   std::uint32_t found = 0;
+  std::size_t pruneAt = kPruneEvery;
   for (std::size_t block = 0;; ++block) {
     block = findNext(task, block, candidates_.limit(), scores.data(), found);
     if (block == task.numBlocks) break;
     const std::size_t inBlock = patterns.size() - block * kLanes;
     if (inBlock < kLanes) found &= (std::uint32_t{1} << inBlock) - 1;  // not the padding
     candidates_.add(scores.data(), found, block * kLanes, scan);
+    // Candidates become rarer as more patterns were seen; a lower limit saves looking at those.
+    if (block >= pruneAt) {
+      candidates_.prune(scan);
+      pruneAt = kPruneEvery * block;
+    }
   }
   candidates_.prune(scan);
+}
+
+/// The greatest sum of the candidates with the best scores, of which there are k or a few more.
+double vx_NeighbourSearch::sumOfBest(const vx_PackedPatterns& patterns, const double* x,
+                                     bool areSquares) {
+  const std::uint32_t limit = candidates_.kthScore(vx_CodeScan::at(vx_simd()));
+  double greatest = 0.0;
+  for (std::size_t i = 0; i < candidates_.size(); ++i) {
+    if (candidates_.score(i) > limit) continue;
+    const double* y = patterns.row(candidates_.index(i));
+    const std::size_t n = patterns.numMeasurements();
+    greatest = std::max(greatest, areSquares ? squareSum(x, y, n) : absoluteSum(x, y, n));
+  }
+  return greatest;
 }
 
 /// Sums up all candidates; gives the k-th smallest sum.
@@ -210,7 +234,9 @@ bool vx_NeighbourSearch::findByBounds(const vx_PackedPatterns& patterns,
   const vx_CodeGrid& grid = patterns.grid();
   if (!(grid.step() > 1e-30 && grid.step() < 1e30)) return false;  // not for floats
   Powers powers;
-  const double step = grid.step() * (patterns.isWide() ? 1 << kWordShift : 1);
+  int shift = 0;
+  while (vx_CodeGrid::lastCode(patterns.numMeasurements()) >> shift >= powers.size()) ++shift;
+  const double step = grid.step() * (1 << shift);
   for (std::size_t i = 0; i < powers.size(); ++i) {
     const double sure = static_cast<double>(i) * step - 2.0 * grid.worstResidual();
     powers[i] = std::pow(static_cast<float>(std::max(0.0, sure)), static_cast<float>(norm.order()));
@@ -222,7 +248,7 @@ bool vx_NeighbourSearch::findByBounds(const vx_PackedPatterns& patterns,
     for (std::size_t j = 0; j < patterns.numPairs(); ++j) {
       const std::uint16_t* codes = &codes_[2 * j];
       if (patterns.isWide()) {
-        addWordPowers(&lines[2 * j], codes, powers, bounds);
+        addWordPowers(&lines[2 * j], codes, powers, shift, bounds);
       } else {
         addBytePowers(lines[j], codes, powers, bounds);
       }
@@ -299,14 +325,16 @@ void vx_NeighbourSearch::Candidates::add(const std::uint32_t* scores, std::uint3
   }
 }
 
-/// Leaves out what can't be among the k nearest unless it lies outside the grid's box.
 void vx_NeighbourSearch::Candidates::prune(const vx_CodeScan& scan) {
   if (!mayPrune_ || size_ <= k_) return;
   const double kth = kthScore(scan);
   double farthest = areSquares_ ? std::sqrt(kth) + 2.0 * slack_ : kth + 2.0 * slack_;
   if (areSquares_) farthest *= farthest;
   const std::uint32_t limit = asLimit(farthest + 1.0);
-  if (limit >= limit_) return;
+  if (limit < limit_) keepUpTo(limit);
+}
+
+void vx_NeighbourSearch::Candidates::keepUpTo(std::uint32_t limit) {
   limit_ = limit;
   std::size_t kept = 0;
   for (std::size_t i = 0; i < size_; ++i) {
@@ -318,7 +346,6 @@ void vx_NeighbourSearch::Candidates::prune(const vx_CodeScan& scan) {
   size_ = kept;
 }
 
-/// A score that k candidates or a few more don't exceed: the more exact, the fewer stay.
 std::uint32_t vx_NeighbourSearch::Candidates::kthScore(const vx_CodeScan& scan) {
   std::fill_n(scores_.begin() + static_cast<std::ptrdiff_t>(size_), kLanes, most_);
   const std::size_t blocks = (size_ + kLanes - 1) / kLanes;

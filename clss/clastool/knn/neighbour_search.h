@@ -47,17 +47,20 @@ class vx_NeighbourSearch {
     /// Those of 32 patterns that are found.
     void add(const std::uint32_t* scores, std::uint32_t found, std::size_t firstIndex,
              const vx_CodeScan& scan);
+    /// Leaves out what can't be among the k nearest unless it lies outside the grid's box.
     void prune(const vx_CodeScan& scan);
+    void keepUpTo(std::uint32_t limit);
+    /// A score that k candidates or a few more don't exceed: the more exact, the fewer stay.
+    std::uint32_t kthScore(const vx_CodeScan& scan);
 
     std::size_t size() const { return size_; }
     std::size_t index(std::size_t i) const { return indices_[i]; }
+    std::uint32_t score(std::size_t i) const { return scores_[i]; }
     /// No pattern of a score up to this was left out.
     std::uint32_t limit() const { return limit_; }
     std::uint32_t asLimit(double score) const;
 
    private:
-    std::uint32_t kthScore(const vx_CodeScan& scan);
-
     std::vector<std::uint32_t> scores_;
     std::vector<std::uint32_t> indices_;
     std::size_t size_ = 0;
@@ -76,6 +79,7 @@ class vx_NeighbourSearch {
                     const vxPatternDistanceMetricNorm& norm, std::size_t k);
   void encodeQuery(const vx_PackedPatterns& patterns, const double* x);
   void collect(const vx_PackedPatterns& patterns, bool areSquares);
+  double sumOfBest(const vx_PackedPatterns& patterns, const double* x, bool areSquares);
   double sumUp(const vx_PackedPatterns& patterns, const double* x, bool areSquares, std::size_t k);
   void settleTies(const vx_PackedPatterns& patterns, const vxFeaturePattern& query,
                   const vxPatternDistanceMetricNorm& norm, std::size_t k, double margin);

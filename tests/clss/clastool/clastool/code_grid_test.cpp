@@ -156,7 +156,7 @@ TEST(CodeGridStepTest, GivesNoMoreCodesThanAScoreHasRoomFor) {
     for (const Row& row : set.rows) {
       const Encoded encoded(grid, row);
       EXPECT_LE(*std::max_element(encoded.codes.begin(), encoded.codes.end() - 1),
-                d <= vx_CodeGrid::kMostWide ? 16383 : 255);
+                vx_CodeGrid::lastCode(d));
     }
   }
 }

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <limits>
 
+#include "clastool/clastool/code_grid.h"
 #include "tests/support/samples.h"
 
 namespace knn_data {
@@ -77,7 +78,7 @@ double cellEdge(Random& random, std::size_t) {
   return static_cast<double>(random() % 4) + (random() % 2 == 0 ? 0.49 : -0.49);
 }
 void beyondTheCells(Random& random, Set& set) {
-  const bool areWide = set.rows[0].size() <= 8;
+  const bool areWide = vx_CodeGrid::lastCode(set.rows[0].size()) > 255;
   std::fill(set.rows.front().begin(), set.rows.front().end(), 0.0);
   std::fill(set.rows.back().begin(), set.rows.back().end(), areWide ? 16383.0 : 255.0);
   for (auto& query : set.queries) {

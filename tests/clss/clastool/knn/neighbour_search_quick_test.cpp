@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "clastool/clastool/code_grid.h"
 #include "tests/clss/clastool/knn/knn_data.h"
 #include "tests/support/outcome.h"
 #include "tests/support/plain_knn.h"
@@ -153,7 +154,7 @@ TEST(NeighbourSearchCellTest, FindsANeighbourThatCodesPushBehindThoseOutsideTheB
   // Steps are 1. Three rows have the query's codes, each with a measurement outside the box; the
   // next row is nearer by 0.08, though six steps away by its code.
   for (const std::size_t d : {4, 8, 9, 30}) {
-    const double last = d <= 8 ? 16383.0 : 255.0;
+    const double last = vx_CodeGrid::lastCode(d);
     const auto row = [d](double x, std::size_t axis, double y) {
       std::vector<double> values(d);
       values[0] = x;

@@ -104,6 +104,7 @@ class VXCLSS_EXPORT vxRangePredicate : public vxPredicateFunction {
 
   vxRange measurementRange_;
   std::vector<long> measurementIndices_;
+  long firstIndex_ = 0;  // of them; here it is at hand where the list has to be fetched
 };
 
 /// Whether all listed measurements are valid; true for an empty list.

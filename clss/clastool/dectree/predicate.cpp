@@ -83,7 +83,9 @@ vxRangePredicate::vxRangePredicate() : vxRangePredicate(vxRange::FullRange(), {0
 
 vxRangePredicate::vxRangePredicate(const vxRange& range,
                                    const std::vector<long>& measurementIndices)
-    : measurementRange_(range), measurementIndices_(checkedIndices(measurementIndices)) {}
+    : measurementRange_(range),
+      measurementIndices_(checkedIndices(measurementIndices)),
+      firstIndex_(measurementIndices.empty() ? 0 : measurementIndices.front()) {}
 
 vxRangePredicate& vxRangePredicate::operator=(const vxRangePredicate& other) {
   return *this = vxRangePredicate(other);
@@ -110,6 +112,8 @@ void vxRangePredicate::dispatchSerialize(vxArchive& archive) {
     vxPredicateFunction::dispatchSerialize(archive);
     vfTransferStaged(archive, *this, [&archive](vxRangePredicate& target) {
       archive || target.measurementRange_ || target.measurementIndices_;
+      if (archive.isStoring() || target.measurementIndices_.empty()) return;
+      target.firstIndex_ = target.measurementIndices_.front();
     });
   }
 }

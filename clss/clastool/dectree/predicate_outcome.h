@@ -23,10 +23,12 @@ struct vx_PredicateOutcome {
       if (range.low() <= value && value <= range.high()) return true;
       return value != value && range.isWithin(value);  // the full range holds a NaN
     };
-    const std::vector<long>& indices = predicate.measurementIndices_;
-    return std::all_of(indices.begin(), indices.end(), [&](long index) {
+    const auto holds = [&](long index) {
       return pattern.isValid(index) && isWithin(pattern.value(index));
-    });
+    };
+    const std::vector<long>& indices = predicate.measurementIndices_;
+    if (indices.size() == 1) return holds(predicate.firstIndex_);
+    return std::all_of(indices.begin(), indices.end(), holds);
   }
 
   static bool of(const vxValidityPredicate& predicate, const vx_PatternView& pattern) {

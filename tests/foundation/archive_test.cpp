@@ -123,7 +123,10 @@ TEST(ArchiveTest, KeepsEveryBitOfANaN) {
   // Quiet and signalling ones, both signs, with payloads.
   for (const char* bytes : {"000000000000f87f", "000000000000f8ff", "efbeadde0000f87f",
                             "010000000000f07f", "010000000000f0ff", "ffffffffffffffff"}) {
-    EXPECT_EQ(storedHex(loaded<double>(fromHex(bytes))), bytes);
+    // In place: where a double is returned in an x87 register, a signalling one turns quiet.
+    double value = 0.0;
+    load(fromHex(bytes), value);
+    EXPECT_EQ(storedHex(value), bytes);
     const std::string vector = std::string("0001000000") + bytes;
     EXPECT_EQ(storedHex(loaded<std::vector<double>>(fromHex(vector))), vector);
   }

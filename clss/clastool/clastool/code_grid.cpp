@@ -76,8 +76,7 @@ vx_CodeGrid::vx_CodeGrid(const double* rows, std::size_t count, std::size_t numM
 }
 
 std::uint32_t vx_CodeGrid::lastCode(std::size_t numMeasurements) {
-  if (numMeasurements <= 8) return 16383;
-  return numMeasurements <= 64 && vx_simdDetected() == vx_Simd::kPlain ? 5792 : 255;
+  return numMeasurements <= 8 ? 16383 : 255;
 }
 
 struct vx_CodeGrid::Sums {

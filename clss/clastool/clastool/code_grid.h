@@ -32,10 +32,9 @@ class vx_CodeGrid {
   /// For what `count` rows of finite numbers, one after another, are a sample of.
   vx_CodeGrid(const double* rows, std::size_t count, std::size_t numMeasurements);
 
-  /// The greatest code of so many measurements: a byte's, or one of 13 or 14 bits. Few measurements
-  /// leave room for those and need them, since neighbours are so near there that bytes would tell
-  /// them badly apart; up to more measurements a processor without wide registers is faster with
-  /// them. As many squares of it as there are measurements add up to less than 2^31.
+  /// The greatest code of so many measurements: a byte's, or one of 14 bits. Few measurements leave
+  /// room for those and need them, since neighbours are so near there that bytes would tell them
+  /// badly apart. As many squares of it as there are measurements add up to less than 2^31.
   static std::uint32_t lastCode(std::size_t numMeasurements);
 
   /// Whether codes are more than bytes.

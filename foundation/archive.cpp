@@ -177,7 +177,8 @@ long vxArchive::StreamFailure::errorNumber() const { return vx_ErrorNumbers::kSt
 void vxArchive::StreamFailure::suicideAndRethrow() { vx_suicideAndRethrow(this); }
 
 vxArchive& operator||(vxArchive& archive, unsigned char& value) {
-  value = vx_ArchiveBytes::byte(archive, value);
+  const unsigned char byte = vx_ArchiveBytes::byte(archive, value);
+  if (archive.isLoading()) value = byte;  // an object may be stored by two threads at once
   return archive;
 }
 

@@ -7,77 +7,31 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "tests/support/allocation_meter.h"
 #include "tests/support/archive_helpers.h"
-#include "tests/support/archived_classes.h"
-#include "tests/support/archived_classes_bayes.h"
-#include "tests/support/archived_classes_trees.h"
+#include "tests/support/archived_types.h"
 #include "tests/support/class_names.h"
 #include "tests/support/golden_archive.h"
 #include "tests/support/unknown_version.h"
 
 namespace {
 
-/// Every archived class, each with an entry in archived_classes.h and golden bytes.
-using ArchivedTypes =
-    testing::Types<vxClassifierDefs::BadFeatures, vxClassifierDefs::BadIndex,
-                   vxClassifierDefs::BadLabel, vxClassifierDefs::BadMethod,
-                   vxClassifierDefs::BadParams, vxClassifierDefs::InsufficientTrainData,
-                   vxClassifierDefs::NotImplemented, vxClassifierDefs::NotTrained, vxFeaturePattern,
-                   vxClassifierDataProviderMemory, vxClassifierCosts, vxClassifierFrequencies,
-                   vxClassifierCategoryResult, vxClassifierResult, vxPatternDistanceMetricNorm,
-                   vxClassifierTrainParamsKNN, vx_ClassifierKNN, vxClassifierDistributionTypes,
-                   vxClassifierTrainParamsBayesian, vx_PDFMultivariateNormal, vx_PDFBinomial,
-                   vx_CategoryModelBayesian, vx_ClassifierBayesian, vxComparisonPredicate,
-                   vxRangePredicate, vxValidityPredicate, vxDecisionTreeLeaf, vxDecisionTreeNode,
-                   vx_ClassifierDecisionTree, vxClassifierFeatureScoreOneSided,
-                   vxClassifierFeatureScoreTwoSided, ArchivedScoreHandle, vxClassifierFeatureVector,
-                   vxClassifierRule, vxClassifierRuleTable, vxClassifierTool>;
-
-template <class T>
-constexpr bool isPersistent = std::is_base_of_v<vxPersistent, T>;
 /// Score functions have none; the rules that hold them do.
 template <class T>
 constexpr bool hasVersion =
     !std::is_base_of_v<vxClsFtSc, T> && !std::is_same_v<T, ArchivedScoreHandle>;
-template <class T>
-constexpr bool isTool = std::is_same_v<T, vxClassifierTool>;
-
-template <class T, class = void>
-struct HasClone : std::false_type {};
-template <class T>
-struct HasClone<T, std::void_t<decltype(std::declval<const T&>().clone())>> : std::true_type {};
-
-/// Storing changes nothing.
-template <class T>
-std::string inPlace(const T& object) {
-  return stored(const_cast<T&>(object));
-}
-
-template <class T>
-std::string byPointer(const T& object) {
-  std::ostringstream stream(std::ios::binary);
-  vxOutputArchive output(stream);
-  vxPersistent* unused = nullptr;
-  vxPersistent::serializePointer(output, &object, unused);
-  return stream.str();
-}
-
-/// Through a pointer, so that the class name is there too, if the class has a name.
+/// As it is stored by pointer, if the class can be.
 template <class T>
 std::string whole(const T& object) {
-  if constexpr (isPersistent<T>) {
-    return byPointer(object);
-  } else {
-    return inPlace(object);
-  }
+  std::ostringstream stream(std::ios::binary);
+  vxOutputArchive output(stream);
+  storeWhole(output, object);
+  return stream.str();
 }
 
 /// What a pointer brings; null for an object of another class.
@@ -85,15 +39,7 @@ template <class T>
 std::shared_ptr<T> loadPointer(const std::string& bytes) {
   std::istringstream stream(bytes, std::ios::binary);
   vxInputArchive input(stream);
-  vxPersistent* object = nullptr;
-  vxPersistent::serializePointer(input, nullptr, object);
-  if constexpr (std::is_base_of_v<vxRepBase, T>) {
-    vxPtrHandle<T> handle;
-    handle.assignChecked(object);
-    return std::shared_ptr<T>(handle.get(), [handle](T*) {});
-  } else {
-    return std::dynamic_pointer_cast<T>(std::shared_ptr<vxPersistent>(object));
-  }
+  return loadPointer<T>(input);
 }
 
 template <class T>
@@ -102,7 +48,7 @@ class ArchiveTest : public testing::Test {
   static std::string name() { return vfClassName(typeid(T)); }
 
   /// An object with another content than sample `i`.
-  T other(std::size_t i) const { return samples[(i + 1) % samples.size()].object; }
+  T other(std::size_t i) const { return otherThan(samples, i); }
 
   /// Calls `check(sample, number)` for each sample.
   template <class Check>
@@ -113,50 +59,11 @@ class ArchiveTest : public testing::Test {
     }
   }
 
-  /// Nothing where the comparison meets an empty handle.
-  static std::optional<bool> isEqual(const T& a, const T& b) {
-    try {
-      if constexpr (std::is_base_of_v<vxException, T>) {
-        return a.message() == b.message();
-      } else {
-        return a == b;
-      }
-    } catch (const vxBadPointer&) {
-      return std::nullopt;
-    }
-  }
-
   static void expectSame(const T& object, const T& expected) {
     EXPECT_EQ(toHex(inPlace(object)), toHex(inPlace(expected)));
     // An object with a NaN differs from itself.
-    EXPECT_EQ(isEqual(object, expected), isEqual(expected, expected));
-    EXPECT_EQ(isEqual(expected, object), isEqual(expected, expected));
-  }
-
-  /// A failed load leaves an object as it was; a tool has released its classifier, unless its own
-  /// version byte failed.
-  static void expectLeft(const T& target, const std::string& before) {
-    const std::string left = inPlace(target);
-    const bool isEmptyTool = isTool<T> && left == inPlace(vxClassifierTool());
-    if (left != before && !isEmptyTool) ADD_FAILURE() << "left as " << toHex(left);
-  }
-
-  /// Everything can be done to an object that arrived, and it arrives the same again.
-  static void expectUsable(const T& object, T target) {
-    tryAll([&object] { return isEqual(object, object); });
-    Archived<T>::use(object);
-    const std::string bytes = inPlace(object);
-    const T copy(object);
-    if constexpr (isTool<T>) {
-      EXPECT_EQ(inPlace(copy), object.isTrained() ? bytes : inPlace(vxClassifierTool()));
-    } else {
-      EXPECT_EQ(inPlace(copy), bytes);
-    }
-    if constexpr (isPersistent<T> && HasClone<T>::value) {
-      EXPECT_EQ(inPlace(*object.clone()), bytes);
-    }
-    load(bytes, target);
-    EXPECT_EQ(inPlace(target), bytes);
+    EXPECT_EQ(areEqual(object, expected), areEqual(expected, expected));
+    EXPECT_EQ(areEqual(expected, object), areEqual(expected, expected));
   }
 
   /// Loads bytes that need not be an archive, in place or through a pointer.
@@ -237,7 +144,7 @@ TYPED_TEST(ArchiveTest, RoundTripsInPlace) {
     TypeParam target = this->other(i);
     load(inPlace(sample.object), target);
     this->expectSame(target, sample.object);
-    this->expectUsable(target, this->other(i));
+    expectUsable(target, this->other(i));
   });
 }
 
@@ -270,7 +177,7 @@ TYPED_TEST(ArchiveTest, RefusesEachUnknownVersion) {
         TypeParam target = this->other(i);
         const std::string before = inPlace(target);
         expectUnknownVersion([&] { load(bytes, target); }, version.name);
-        this->expectLeft(target, before);
+        expectLeft(target, before);
       }
     }
   });
@@ -282,10 +189,10 @@ TYPED_TEST(ArchiveTest, RefusesEachTruncation) {
       TypeParam target = this->other(i);
       const std::string before = inPlace(target);
       EXPECT_THROW(loadFront(bytes, target), vxArchive::Errors);
-      this->expectLeft(target, before);
+      expectLeft(target, before);
     });
     if constexpr (isPersistent<TypeParam>) {
-      forEachTruncation(byPointer(sample.object), [](const std::string& bytes) {
+      forEachTruncation(whole(sample.object), [](const std::string& bytes) {
         EXPECT_THROW(loadPointer<TypeParam>(bytes), vxArchive::Errors);
       });
     }
@@ -297,7 +204,7 @@ TYPED_TEST(ArchiveTest, SurvivesEachByteChange) {
     this->forEachChange(inPlace(sample.object),
                         [&](const std::string& bytes) { this->tryLoad(bytes, false, i); });
     if constexpr (isPersistent<TypeParam>) {
-      this->forEachChange(byPointer(sample.object),
+      this->forEachChange(whole(sample.object),
                           [&](const std::string& bytes) { this->tryLoad(bytes, true, i); });
     }
   });

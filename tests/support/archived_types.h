@@ -67,26 +67,32 @@ void storeWhole(vxArchive& archive, const T& object) {
   }
 }
 
+/// An object that was stored by pointer; null for one of another class.
+template <class T>
+std::shared_ptr<T> loadPointer(vxArchive& archive) {
+  vxPersistent* object = nullptr;
+  vxPersistent::serializePointer(archive, nullptr, object);
+  if constexpr (std::is_base_of_v<vxRepBase, T>) {
+    vxPtrHandle<T> handle;
+    handle.assignChecked(object);
+    T* const held = handle.get();
+    return std::shared_ptr<T>(held, [handle](T*) {});
+  } else {
+    std::shared_ptr<vxPersistent> owner;
+    if (dynamic_cast<vxRepBase*>(object) == nullptr) owner.reset(object);
+    return std::dynamic_pointer_cast<T>(owner);
+  }
+}
+
 /// What storeWhole() wrote: an object of its own where one came by pointer, else `target` filled.
 /// Null for an object of another class.
 template <class T>
 std::shared_ptr<T> loadWhole(vxArchive& archive, T& target) {
-  if constexpr (!isPersistent<T>) {
+  if constexpr (isPersistent<T>) {
+    return loadPointer<T>(archive);
+  } else {
     archive || target;
     return std::shared_ptr<T>(std::shared_ptr<T>(), &target);
-  } else {
-    vxPersistent* object = nullptr;
-    vxPersistent::serializePointer(archive, nullptr, object);
-    if constexpr (std::is_base_of_v<vxRepBase, T>) {
-      vxPtrHandle<T> handle;
-      handle.assignChecked(object);
-      T* const held = handle.get();
-      return std::shared_ptr<T>(held, [handle](T*) {});
-    } else {
-      std::shared_ptr<vxPersistent> owner;
-      if (dynamic_cast<vxRepBase*>(object) == nullptr) owner.reset(object);
-      return std::dynamic_pointer_cast<T>(owner);
-    }
   }
 }
 

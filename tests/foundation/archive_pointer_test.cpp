@@ -4,6 +4,8 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
@@ -179,6 +181,56 @@ TEST(PointerTest, RefusesAnObjectThatReachesItself) {
   first->next(NodeHandle());
   archive || second;
   EXPECT_EQ(loaded<NodeHandle>(stream.str())->next()->label(), 1);
+}
+
+/// Stores its part and breaks off.
+class Breaking : public vxPersistent, public vxRepBase {
+ public:
+  struct Broken {};
+
+  NodeHandle part{new Node(1)};
+
+  static vxPersistent* make() { return new Breaking; }
+
+ protected:
+  void dispatchSerialize(vxArchive& archive) override {
+    archive || part;
+    throw Broken();
+  }
+};
+
+TEST(PointerTest, RefusesAnObjectThatReachesItselfAfterATransferBrokeOff) {
+  const vx_Instantiator exemplar(typeid(Breaking), &Breaking::make);
+  vxPtrHandle<Breaking> breaking(new Breaking);
+  std::ostringstream stream(std::ios::binary);
+  vxOutputArchive archive(stream);
+  EXPECT_THROW(archive || breaking, Breaking::Broken);
+
+  // The second object now reaches itself; the second one before was complete.
+  NodeHandle inner(new Node(2));
+  NodeHandle outer(new Node(3, inner));
+  inner->next(inner);
+  EXPECT_THROW(archive || outer, vxArchive::Unstorable);
+  EXPECT_EQ(stream.str(), "");
+  inner->next(NodeHandle());
+}
+
+/// A class whose name has more characters than archives take.
+template <class Sequence>
+class LongNamed : public vxPersistent, public vxRepBase {
+ public:
+  static vxPersistent* make() { return new LongNamed; }
+};
+
+TEST(PointerTest, RefusesAClassNameThatIsTooLongToLoad) {
+  using Longest = LongNamed<std::make_integer_sequence<int, 300>>;
+  const vx_Instantiator exemplar(typeid(Longest), &Longest::make);
+  EXPECT_GT(exemplar.name().size(), 1024u);
+  vxPtrHandle<Longest> object(new Longest);
+  std::ostringstream stream(std::ios::binary);
+  vxOutputArchive archive(stream);
+  EXPECT_THROW(archive || object, vxArchive::Unstorable);
+  EXPECT_EQ(stream.str(), "");
 }
 
 TEST(PointerTest, RefusesBytesInWhichAnObjectReachesItself) {

@@ -52,6 +52,14 @@ TEST_F(AttentionTest, AsksTheHandlerWithItsContextAtEveryPoll) {
   EXPECT_TRUE(isFailure(vfCheckAttention()));
 }
 
+TEST_F(AttentionTest, SaysFailureWithTheFoundationsModuleAndItsFirstCode) {
+  vfSetAttentionHandler(alwaysStop, nullptr);
+  const auto word = static_cast<std::uint32_t>(vfCheckAttention());
+  EXPECT_TRUE(isFailure(vfCheckAttention()));
+  EXPECT_EQ((word & 0x7fffffff) >> 5, 1u);
+  EXPECT_EQ(word & 0x1f, 1u);
+}
+
 TEST_F(AttentionTest, BecomesAStopRequestOnce) {
   Host host;
   vfSetAttentionHandler(readFlag, &host);

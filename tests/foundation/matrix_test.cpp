@@ -84,6 +84,7 @@ TEST(NMMatrixTest, ComparesShapeAndEveryElement) {
   EXPECT_FALSE(counted() == other);
   EXPECT_TRUE(counted() != other);
   EXPECT_FALSE(vxNMMatrix(2, 3) == vxNMMatrix(3, 2));
+  EXPECT_FALSE(vxNMMatrix(0, 2) == vxNMMatrix(0, 3));
   EXPECT_FALSE(vxNMMatrix(0, 2) == vxNMMatrix(2, 0));
 }
 

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
@@ -282,6 +283,23 @@ TEST(StampTest, KeepsTheBackReferenceOfAnObjectThatIsOnlyCopied) {
     EXPECT_EQ(copy.number() + target.number(), 2);
   });
   EXPECT_TRUE(two.areOne());
+}
+
+TEST(StampTest, StoresAnObjectAnewOnceItWasMovedFrom) {
+  Plain object(1);
+  const TwoLoaded constructed = storedAroundAChange(object, [](Plain& plain) {
+    const Plain taker(std::move(plain));
+    EXPECT_EQ(taker.number(), 1);
+  });
+  EXPECT_FALSE(constructed.areOne());
+
+  Plain other(1);
+  const TwoLoaded assigned = storedAroundAChange(other, [](Plain& plain) {
+    Plain taker(2);
+    taker = std::move(plain);
+    EXPECT_EQ(taker.number(), 1);
+  });
+  EXPECT_FALSE(assigned.areOne());
 }
 
 TEST(StampTest, StoresACopyAsAnObjectOfItsOwn) {

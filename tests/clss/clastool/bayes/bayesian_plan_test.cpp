@@ -2,6 +2,8 @@
 // Runs of the library's classifier against the plain technique and against the same classifier with
 // densities of a host, bit for bit.
 
+#include "clastool/bayes/bayesian_plan.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -128,6 +130,38 @@ TEST(BayesianPlanSharingTest, IsNotDisturbedByOtherClassifiers) {
     vx_CategoryModelBayesian(other.model(0)).adapt(query, nullptr, 0);
     EXPECT_EQ(outcomeOfRun(classifier, query), before);
   }
+}
+
+/// Models of their own with the densities of a classifier's.
+std::vector<vxPtrHandle<vx_CategoryModel>> copiedModels(const BayesProbe& classifier) {
+  std::vector<vxPtrHandle<vx_CategoryModel>> models;
+  for (std::size_t i = 0; i < classifier.categoryModels().size(); ++i) {
+    models.emplace_back(new vx_CategoryModelBayesian(classifier.model(i)));
+  }
+  return models;
+}
+
+TEST(BayesianPlanCoverTest, HoldsForTrainedNormalDensitiesAndWholePatterns) {
+  const std::vector<LabelledSample> samples = {
+      {{1.0, 5.0}, 5}, {{7.0, 1.0}, 2}, {{2.0, 6.0}, 5}, {{8.0, 3.0}, 2}, {{4.0, 4.0}, 9}};
+  BayesProbe classifier;
+  classifier.train(providerOf(samples),
+                   vxClassifierTrainParamsBayesian(Types(), vxClassifierFrequencies(1.0),
+                                                   vxClassifierCosts(1.0), {{}, {}}));
+  std::vector<vxPtrHandle<vx_CategoryModel>> models = copiedModels(classifier);
+  const vx_BayesianPlan plan(models);
+  EXPECT_TRUE(plan.covers(0));
+  EXPECT_TRUE(plan.covers(1));
+  EXPECT_FALSE(plan.covers(2)) << "one sample has no variance";
+  EXPECT_TRUE(plan.isUpToDate());
+  vx_BayesianPlan::Room room;
+  EXPECT_TRUE(plan.takes({{1.0, 2.0}, {}}, room));
+  EXPECT_FALSE(plan.takes({{1.0}, {}}, room));
+
+  models.push_back(models[0]);
+  EXPECT_FALSE(vx_BayesianPlan(models).covers(3)) << "its densities are laid out for another";
+  models[1]->adapt({{9.0, 3.5}, {}}, nullptr, 0);
+  EXPECT_FALSE(plan.isUpToDate());
 }
 
 TEST(BayesianPlanSharingTest, NoticesThatACategoryBecameEvaluable) {

@@ -150,6 +150,11 @@ TEST(CostsTest, ComparesEveryField) {
   other = filled();
   other.misclassificationCostOverride(1, 3, 0.5);
   EXPECT_TRUE(other != filled()) << "an override counts even where it says what the default does";
+  vxClassifierCosts first(0.5);
+  vxClassifierCosts second(0.5);
+  first.misclassificationCostOverride(1, 2, 6.0);
+  second.misclassificationCostOverride(1, 3, 6.0);
+  EXPECT_TRUE(first != second);
   EXPECT_TRUE(vxClassifierCosts(0.0) == vxClassifierCosts(-0.0));
 }
 

@@ -175,6 +175,9 @@ TEST(FeaturePatternTest, CopiesAndAssigns) {
   const vxFeaturePattern& same = copy;
   copy = same;
   EXPECT_TRUE(copy == vxFeaturePattern({7.0}, {}));
+  auto&& itself = std::move(copy);
+  copy = std::move(itself);
+  EXPECT_TRUE(copy == vxFeaturePattern({7.0}, {}));
 }
 
 TEST(FeaturePatternTest, CountsHandlesOfACopyAnew) {

@@ -237,6 +237,17 @@ TEST(ResultWeightingTest, ChecksWhatAnArchiveBrought) {
       },
       L"Costs must be >= 0.0");
 
+  vxClassifierCosts negativeForTheSecond(1.0);
+  load(fromHex("00 000000000000f03f  00 01000000 01000000  00 01000000 02000000"
+               "00 01000000 000000000000f0bf"),
+       negativeForTheSecond);
+  expectThrows<BadParams>(
+      [&] {
+        vxClassifierResult({match(1, 0.5), match(2, 0.5)}, vxClassifierFrequencies(1.0),
+                           negativeForTheSecond, 0.0);
+      },
+      L"Costs must be >= 0.0");
+
   Category unlabelled = match(0, 0.5);
   load(fromHex("00 ffffffff 0000000000000000 0000000000000000 0000000000000000"), unlabelled);
   expectThrows<BadLabel>([&] { weighted({unlabelled}); }, L"Category labels must be >= 0");

@@ -319,6 +319,28 @@ TEST(DecisionTreeNodeTest, CanBeDerivedFrom) {
   EXPECT_EQ(derived.categoryLabels(), (std::vector<long>{4, 3, 1, 2}));
 }
 
+/// A host's tree that compares nothing.
+class IncomparableTree : public HostTree {
+ public:
+  using HostTree::HostTree;
+  bool isEqual(const vxDecisionTree& other) const override {
+    return vxDecisionTree::isEqual(other);
+  }
+};
+
+TEST(DecisionTreeTest, HasNothingToCompareOfItsOwn) {
+  EXPECT_TRUE(IncomparableTree({1}).isEqual(IncomparableTree({2})));
+}
+
+TEST(DecisionTreeTest, CanBeMoved) {
+  vxDecisionTreeLeaf leaf = leafWith({1, 2});
+  const vxDecisionTreeLeaf taker(std::move(leaf));
+  EXPECT_EQ(taker, leafWith({1, 2}));
+  vxDecisionTreeLeaf target = leafWith({3});
+  target = leafWith({1, 2});
+  EXPECT_EQ(target, taker);
+}
+
 TEST(DecisionTreeTest, IsStoredAnewAfterEachChange) {
   vxDecisionTreeLeaf leaf = leafWith({1});
   EXPECT_EQ(*arrivedAfterChange(leaf, [&] { leaf.classifierResult(resultWith({2})); }),

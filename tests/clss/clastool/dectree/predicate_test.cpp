@@ -6,6 +6,7 @@
 #include <limits>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
@@ -250,6 +251,15 @@ TEST(PredicateTest, CopiesItsFieldsOnAssignment) {
   const vxValidityPredicate listed({5, 6});
   validity = listed;
   EXPECT_EQ(validity, listed);
+}
+
+TEST(PredicateTest, CanBeMoved) {
+  vxRangePredicate range({1.0, 2.0}, {3, 4});
+  const vxRangePredicate movedRange(std::move(range));
+  EXPECT_EQ(movedRange, vxRangePredicate({1.0, 2.0}, {3, 4}));
+  vxValidityPredicate validity({5});
+  const vxValidityPredicate movedValidity(std::move(validity));
+  EXPECT_EQ(movedValidity, vxValidityPredicate({5}));
 }
 
 TEST(PredicateTest, IsStoredAnewAfterAnAssignment) {

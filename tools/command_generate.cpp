@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,6 +15,7 @@
 
 #include "tools/commands.h"
 #include "tools/error.h"
+#include "tools/json_text.h"
 #include "tools/number_options.h"
 #include "tools/output_file.h"
 #include "tools/stop.h"
@@ -97,6 +99,7 @@ class GenerateCommand {
     command.add_option("--columns", columns_, "Names of the measurements (default x1,x2,...)")
         ->type_name("NAME,NAME...");
     command.add_option("-o,--output", output_, "File to write")->type_name("DATA.csv")->required();
+    addJsonFlag(command, json_, "Print JSON instead of text");
     command.footer(kExamples);
   }
 
@@ -108,6 +111,16 @@ class GenerateCommand {
     file.stream() << kLabel << '\n';
     for (const Category& category : categories) write_(category, file.stream());
     file.commit();
+    if (json_) {
+      Json names = Json::array();
+      for (const Category& category : categories) names.push_back(category.name);
+      console_.out << jsonText({{"file", output_},
+                                {"label", kLabel},
+                                {"patterns_of_each", wholeOf(patterns_)},
+                                {"measurements", columns},
+                                {"categories", names}});
+      return;
+    }
     console_.out << fmt::format("{}: {} patterns of each of {} categories, {} measurements\n",
                                 printable(output_), wholeOf(patterns_), categories.size(),
                                 columns.size());
@@ -180,6 +193,7 @@ class GenerateCommand {
   std::string patterns_;
   std::optional<std::string> columns_;
   std::string output_;
+  bool json_ = false;
 };
 
 }  // namespace

@@ -3,14 +3,17 @@
 #include <vxfoundation/vxfoundation.h>
 
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
 #include "tools/commands.h"
 #include "tools/decision_options.h"
 #include "tools/error.h"
+#include "tools/json_text.h"
 #include "tools/library_error.h"
 #include "tools/model_file.h"
+#include "tools/model_json.h"
 #include "tools/output_file.h"
 #include "tools/text.h"
 
@@ -39,6 +42,7 @@ class RetrainCommand {
         ->type_name("MODEL2");
     frequencies_.add(command, "How often categories occur");
     costs_.emplace(command);
+    addJsonFlag(command, json_, "Print JSON instead of text");
     command.footer(kExamples);
   }
 
@@ -52,10 +56,23 @@ class RetrainCommand {
     const std::string& path = output_ ? *output_ : model_;
     OutputFile file(path);
     saveModel(model, file);
-    console_.out << fmt::format("{}: retrained\n", printable(path));
+    if (json_) {
+      console_.out << jsonText(outcome_(model, path));
+    } else {
+      console_.out << fmt::format("{}: retrained\n", printable(path));
+    }
   }
 
  private:
+  Json outcome_(const Model& model, const std::string& path) const {
+    Json json{{"model", path}, {"from", model_}};
+    const Json all = modelJson(model);
+    for (const auto& [key, value] : all.items()) {
+      if (key == "method" || key == "costs" || key == "frequencies") json[key] = value;
+    }
+    return json;
+  }
+
   vxPtrHandle<vxClassifierTrainParams> changedParams_(const Model& model) const {
     if (dynamic_cast<const vx_ClassifierDecisionTree*>(model.tool.classifier().get()) != nullptr) {
       throw InputError(model_ + ": a tree has neither frequencies nor costs");
@@ -88,6 +105,7 @@ class RetrainCommand {
   std::optional<std::string> output_;
   FrequencyOptions frequencies_;
   std::optional<CostOptions> costs_;
+  bool json_ = false;
 };
 
 }  // namespace

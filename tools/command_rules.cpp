@@ -4,11 +4,13 @@
 
 #include <iterator>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/commands.h"
+#include "tools/json_text.h"
 #include "tools/number_options.h"
 #include "tools/row_output.h"
 #include "tools/rules_json.h"
@@ -44,7 +46,7 @@ The score of a rule is the geometric mean of what counts, and 1 if nothing does.
 whose score is above the threshold decides; categories may have several.
 
 The output is CSV, one line a pattern: its row and the category, which is empty where no rule
-passes. Every feature needs a value in every row.)";
+passes (with --json: null). Every feature needs a value in every row.)";
 
 class RulesCommand {
  public:
@@ -68,8 +70,15 @@ class RulesCommand {
       const auto pattern = table.pattern(columns, false);
       const long label = rules.table.classifyHardThreshold(
           vxClassifierFeatureVector(pattern->featureMeasurements(true)), threshold);
-      fmt::format_to(std::back_inserter(text), "{},{}\n", table.row(),
-                     label < 0 ? "" : csvCell(rules.categories[static_cast<std::size_t>(label)]));
+      const std::string* category =
+          label < 0 ? nullptr : &rules.categories[static_cast<std::size_t>(label)];
+      if (rows_->json()) {
+        text += jsonLine(
+            {{"row", table.row()}, {"category", category != nullptr ? Json(*category) : Json()}});
+      } else {
+        fmt::format_to(std::back_inserter(text), "{},{}\n", table.row(),
+                       category != nullptr ? csvCell(*category) : "");
+      }
     });
   }
 

@@ -3,12 +3,14 @@
 
 #include <iterator>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/commands.h"
 #include "tools/error.h"
+#include "tools/json_text.h"
 #include "tools/library_error.h"
 #include "tools/method_options.h"
 #include "tools/model_file.h"
@@ -30,6 +32,9 @@ The model's measurements are looked up by column name; other columns are ignored
   class_score     posterior probability of the category
   match_score     how well the pattern matches the category
   expected_cost   what deciding for the category is expected to cost
+With --json, each line is an object with these keys; with --all, the objects of all categories stand
+under "categories".
+
 Rows are read and written one by one, so a file may be of any size. With -o the output appears whole
 or not at all; standard output holds the rows before an error.)";
 
@@ -52,8 +57,13 @@ class RunCommand {
     const bool invalidAllowed = allowsInvalid(model.tool);
     rows_->write(table, "row,category,class_score,match_score,expected_cost\n",
                  [&](std::string& text) {
-                   append_(model.names, table.row(),
-                           classify_(model, table, *table.pattern(columns, invalidAllowed)), text);
+                   const vxClassifierResult result =
+                       classify_(model, table, *table.pattern(columns, invalidAllowed));
+                   if (rows_->json()) {
+                     appendJson_(model.names, table.row(), result, text);
+                   } else {
+                     appendCsv_(model.names, table.row(), result, text);
+                   }
                  });
   }
 
@@ -69,19 +79,43 @@ class RunCommand {
     return result;
   }
 
-  void append_(const Names& names, long row, const vxClassifierResult& result,
-               std::string& text) const {
+  void appendCsv_(const Names& names, long row, const vxClassifierResult& result,
+                  std::string& text) const {
     for (const vxClassifierCategoryResult& category : result.categoryResults()) {
-      const auto label = static_cast<std::size_t>(category.categoryLabel());
-      // Only a damaged file brings a label without a name.
-      if (label >= names.categories.size()) {
-        throw InputError(fmt::format("{}: no name for category {}", model_, label));
-      }
       fmt::format_to(std::back_inserter(text), "{},{},{},{},{}\n", row,
-                     csvCell(names.categories[label]), category.classScore(), category.matchScore(),
-                     category.expectedCost());
+                     csvCell(categoryName_(names, category)), category.classScore(),
+                     category.matchScore(), category.expectedCost());
       if (!all_) break;
     }
+  }
+
+  void appendJson_(const Names& names, long row, const vxClassifierResult& result,
+                   std::string& text) const {
+    Json categories = Json::array();
+    for (const vxClassifierCategoryResult& category : result.categoryResults()) {
+      categories.push_back({{"category", categoryName_(names, category)},
+                            {"class_score", jsonNumber(category.classScore())},
+                            {"match_score", jsonNumber(category.matchScore())},
+                            {"expected_cost", jsonNumber(category.expectedCost())}});
+      if (!all_) break;
+    }
+    Json line{{"row", row}};
+    if (all_) {
+      line["categories"] = categories;
+    } else if (categories.empty()) {
+      line["category"] = nullptr;
+    } else {
+      line.update(categories[0]);
+    }
+    text += jsonLine(line);
+  }
+
+  const std::string& categoryName_(const Names& names,
+                                   const vxClassifierCategoryResult& category) const {
+    const auto label = static_cast<std::size_t>(category.categoryLabel());
+    // Only a damaged file brings a label without a name.
+    if (label < names.categories.size()) return names.categories[label];
+    throw InputError(fmt::format("{}: no name for category {}", model_, label));
   }
 
   std::string model_;

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include <fmt/format.h>
 
+#include <map>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "tools/commands.h"
 #include "tools/dataset_options.h"
-#include "tools/evaluation.h"
+#include "tools/json_text.h"
 #include "tools/library_error.h"
 #include "tools/method_options.h"
 #include "tools/model_file.h"
+#include "tools/model_parts.h"
 #include "tools/output_file.h"
 #include "tools/text.h"
 
@@ -38,6 +41,7 @@ class TrainCommand {
     command.add_option("-o,--output", output_, "Model file to write")
         ->type_name("MODEL")
         ->required();
+    addJsonFlag(command, json_, "Print JSON instead of text");
     command.footer(kExamples);
   }
 
@@ -47,17 +51,33 @@ class TrainCommand {
     const Dataset data = data_.read(method.allowsInvalid(), console_.bar());
     Model model;
     model.names = data.names;
-    // Every pattern is in fold 0, and none is left out but those of unknown category.
-    const std::vector<long> folds(data.labels.size(), 0);
     const auto params = method_.params(data.names);
-    explained(data_.path(), data.names, [&] {
-      model.tool.train(trainingSet(data.patterns, data.labels, folds, -1), *params);
-    });
+    explained(data_.path(), data.names, [&] { model.tool.train(data.labelled(), *params); });
     saveModel(model, file);
-    report_(data, method);
+    if (json_) {
+      console_.out << jsonText(outcome_(data, method));
+    } else {
+      report_(data, method);
+    }
   }
 
  private:
+  Json outcome_(const Dataset& data, const Method& method) const {
+    std::map<long, long> counts = patternCounts(data.labelled());
+    Json categories = Json::array();
+    for (std::size_t i = 0; i < data.names.categories.size(); ++i) {
+      categories.push_back(
+          {{"category", data.names.categories[i]}, {"patterns", counts[static_cast<long>(i)]}});
+    }
+    return {{"model", output_},
+            {"method", method.name()},
+            {"options", method.summary()},
+            {"patterns", data.numLabelled()},
+            {"without_category", static_cast<long>(data.labels.size()) - data.numLabelled()},
+            {"measurements", data.names.measurements},
+            {"categories", categories}};
+  }
+
   void report_(const Dataset& data, const Method& method) const {
     std::vector<std::string> categories;
     for (const std::string& name : data.names.categories) categories.push_back(printable(name));
@@ -73,6 +93,7 @@ class TrainCommand {
   DatasetOptions data_;
   MethodOptions method_;
   std::string output_;
+  bool json_ = false;
 };
 
 }  // namespace

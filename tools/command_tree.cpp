@@ -3,10 +3,12 @@
 #include <vxfoundation/vxfoundation.h>
 
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "tools/commands.h"
 #include "tools/error.h"
+#include "tools/json_text.h"
 #include "tools/model_file.h"
 #include "tools/output_file.h"
 #include "tools/text.h"
@@ -18,7 +20,7 @@ namespace {
 const char* const kExamples = R"(
 Examples:
   vxclss tree parts.json -o parts.model
-  vxclss show parts.model
+  vxclss inspect parts.model
   vxclss run parts.model new.csv
 
 The file holds the names and the tree:
@@ -58,6 +60,7 @@ class TreeCommand {
     command.add_option("-o,--output", output_, "Model file to write")
         ->type_name("MODEL")
         ->required();
+    addJsonFlag(command, json_, "Print JSON instead of text");
     command.footer(kExamples);
   }
 
@@ -69,6 +72,13 @@ class TreeCommand {
     } catch (const vxArchive::Unstorable& error) {
       throw InputError(fmt::format("{}: /tree: {}", tree_, vfNarrow(error.message())));
     }
+    if (json_) {
+      console_.out << jsonText({{"model", output_},
+                                {"method", "tree"},
+                                {"measurements", model.names.measurements},
+                                {"categories", model.names.categories}});
+      return;
+    }
     console_.out << fmt::format("{}: a tree of {} measurements and {} categories\n",
                                 printable(output_), model.names.measurements.size(),
                                 model.names.categories.size());
@@ -78,6 +88,7 @@ class TreeCommand {
   Console console_;
   std::string tree_;
   std::string output_;
+  bool json_ = false;
 };
 
 }  // namespace

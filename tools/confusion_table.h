@@ -5,14 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "tools/evaluation.h"
+#include "tools/eval/confusion.h"
 
 namespace cli {
 
 /// The confusion matrix for people: a row for each true category, a column for each decision, then
-/// the row's total and the share decided correctly. Where the names would make it too wide, columns
-/// are headed by numbers that the rows explain.
-std::string confusionTable(const Evaluation& evaluation,
+/// the row's total, the share of it decided correctly, and the share of the decisions for the
+/// category that are correct. Where the names would make it too wide, columns are headed by numbers
+/// that the rows explain.
+std::string confusionTable(const eval::Confusion& confusion,
                            const std::vector<std::string>& categories);
 
 /// A share as people read it, "96.7 %"; "-" for NaN.

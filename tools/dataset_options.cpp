@@ -22,6 +22,12 @@ DatasetOptions::DatasetOptions(CLI::App& command) {
       ->allow_extra_args(false);
 }
 
+std::vector<std::string> DatasetOptions::arguments() const {
+  std::vector<std::string> arguments{path_, "--label=" + columns_.label};
+  for (const std::string& column : columns_.ignored) arguments.push_back("--ignore=" + column);
+  return arguments;
+}
+
 Dataset DatasetOptions::read(bool allowInvalid, std::ostream* bar) const {
   std::optional<Progress> progress;
   return readDataset(path_, columns_, allowInvalid, [&](const Table& table) {

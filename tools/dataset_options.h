@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "tools/table.h"
 
@@ -16,6 +17,9 @@ class DatasetOptions {
   explicit DatasetOptions(CLI::App& command);
 
   const std::string& path() const { return path_; }
+
+  /// What was given, as arguments that say it again.
+  std::vector<std::string> arguments() const;
 
   /// Reads the file, with a progress bar on `bar` (may be null) and an eye on stop requests.
   Dataset read(bool allowInvalid, std::ostream* bar) const;

@@ -22,6 +22,13 @@ CostOptions::CostOptions(CLI::App& command) {
       ->group(group);
 }
 
+std::vector<std::string> CostOptions::arguments() const {
+  std::vector<std::string> arguments;
+  if (!defaultCost_.empty()) arguments.push_back("--default-cost=" + defaultCost_);
+  for (const std::string& cost : costs_) arguments.push_back("--cost=" + cost);
+  return arguments;
+}
+
 void CostOptions::apply(vxClassifierCosts& costs, const Names& names,
                         const std::string& owner) const {
   if (!defaultCost_.empty()) costs.defaultMisclassificationCost(numberOf(defaultCost_));

@@ -19,6 +19,9 @@ class CostOptions {
 
   bool given() const { return !defaultCost_.empty() || !costs_.empty(); }
 
+  /// What was given, as arguments that say it again.
+  std::vector<std::string> arguments() const;
+
   /// Changes what the command line names and leaves all else. Throws InputError for a pair of
   /// categories that `names` don't hold; `owner` is whose they are: "data" or "model".
   void apply(vxClassifierCosts& costs, const Names& names, const std::string& owner) const;

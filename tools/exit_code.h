@@ -5,7 +5,16 @@
 namespace cli {
 
 /// What the command returns to the shell; the numbers stand in its help.
-enum ExitCode : int { kExitDone = 0, kExitInternal = 1, kExitBadInput = 2, kExitStopped = 130 };
+enum ExitCode : int {
+  kExitDone = 0,
+  kExitInternal = 1,
+  kExitDifferent = 1,  // diff, whose internal errors are kExitBadInput
+  kExitBadInput = 2,
+  kExitDamaged = 3,  // these three of check
+  kExitNotAModel = 4,
+  kExitNewer = 5,
+  kExitStopped = 130,
+};
 
 }  // namespace cli
 

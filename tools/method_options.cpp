@@ -74,7 +74,7 @@ MethodOptions::MethodOptions(CLI::App& command) : methods_(allMethods()) {
   command
       .add_option("--method", method_,
                   fmt::format("Technique: {} (default {})", fmt::join(known, ", "), method_))
-      ->type_name("METHOD");
+      ->type_name(fmt::format("{}", fmt::join(known, "|")));
   for (const auto& method : methods_) {
     const std::size_t before = command.get_options().size();
     method->addOptions(command);

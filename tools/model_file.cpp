@@ -6,14 +6,12 @@
 
 #include <vector>
 
-#include "tools/error.h"
 #include "tools/text.h"
 
 namespace cli {
 namespace {
 
 const wchar_t* const kTag = L"vxclss model";
-constexpr unsigned char kVersion = 0;
 
 std::vector<std::wstring> wideNames(const std::vector<std::string>& names) {
   std::vector<std::wstring> wide;
@@ -31,13 +29,15 @@ std::vector<std::string> readNames(vxArchive& archive) {
   return names;
 }
 
-/// False where a tag of another kind stands behind the tool.
-bool readFields(vxArchive& archive, Model& model, unsigned char& version) {
+/// False where anything but the tag stands behind the tool.
+bool readFields(vxArchive& archive, std::istream& stream, Model& model, unsigned char& version) {
+  archive || model.tool;
+  if (stream.peek() == std::istream::traits_type::eof()) return false;
   std::wstring tag;
-  archive || model.tool || tag;
+  archive || tag;
   if (tag != kTag) return false;
   archive || version;
-  if (version != kVersion) return true;
+  if (version != kModelFileVersion) return true;
   model.names.measurements = readNames(archive);
   model.names.categories = readNames(archive);
   return true;
@@ -55,15 +55,15 @@ void restoreParameters(vxClassifierTool& tool) {
   tool.retrain(*params, nullptr, 0);
 }
 
-[[noreturn]] void refuse(const std::string& path, const std::string& why) {
-  throw InputError(fmt::format("{}: not a vxclss model file: {}", path, why));
+[[noreturn]] void refuse(FileState state, const std::string& name, const std::string& reason) {
+  throw ModelFileError(state, reason, fmt::format("{}: not a vxclss model file: {}", name, reason));
 }
 
 }  // namespace
 
 void writeModel(Model& model, std::ostream& stream) {
   std::wstring tag = kTag;
-  unsigned char version = kVersion;
+  unsigned char version = kModelFileVersion;
   std::vector<std::wstring> measurements = wideNames(model.names.measurements);
   std::vector<std::wstring> categories = wideNames(model.names.categories);
   vxOutputArchive archive(stream);
@@ -83,26 +83,31 @@ Model readModel(const std::string& path) { return readModel(*openInput(path), pa
 
 Model readModel(std::istream& stream, const std::string& name) {
   Model model;
-  unsigned char version = kVersion;
+  unsigned char version = kModelFileVersion;
   try {
     vxInputArchive archive(stream);
-    if (!readFields(archive, model, version)) refuse(name, "a tool, but no names behind it");
-    if (version != kVersion) {
-      throw InputError(fmt::format("{}: a model file of version {}; only version {} is known", name,
-                                   version, kVersion));
+    if (!readFields(archive, stream, model, version)) {
+      refuse(FileState::kNotAModel, name, "a tool, but no names behind it");
     }
-    if (!model.tool.isTrained()) refuse(name, "its tool is not trained");
+    if (version != kModelFileVersion) {
+      const std::string reason = fmt::format("a model file of version {}; only version {} is known",
+                                             version, kModelFileVersion);
+      throw ModelFileError(FileState::kNewer, reason, name + ": " + reason);
+    }
+    if (!model.tool.isTrained()) refuse(FileState::kNotAModel, name, "its tool is not trained");
     restoreParameters(model.tool);
   } catch (const vxStopRequested&) {
     throw;
   } catch (const vxArchive::UnknownVersion&) {
-    refuse(name, "unknown version of a part of it");
+    refuse(FileState::kNewer, name, "unknown version of a part of it");
   } catch (const vxExceptionWithString& error) {
-    refuse(name, vfNarrow(error.message()));
+    refuse(FileState::kDamaged, name, vfNarrow(error.message()));
   } catch (const vxException&) {
-    refuse(name, "its parts don't fit each other");
+    refuse(FileState::kDamaged, name, "its parts don't fit each other");
   }
-  if (stream.peek() != std::istream::traits_type::eof()) refuse(name, "bytes after its end");
+  if (stream.peek() != std::istream::traits_type::eof()) {
+    refuse(FileState::kDamaged, name, "bytes after its end");
+  }
   return model;
 }
 

@@ -2,12 +2,11 @@
 #include "tools/model_text.h"
 
 #include <fmt/format.h>
-#include <vxfoundation/vxfoundation.h>
 
-#include <map>
 #include <vector>
 
 #include "tools/bayes_text.h"
+#include "tools/model_parts.h"
 #include "tools/text.h"
 #include "tools/tree_text.h"
 
@@ -26,19 +25,13 @@ std::string measurementsText(const Names& names) {
   return fmt::format("measurements: {}\n", fmt::join(measurements, ", "));
 }
 
-/// Costs that differ from the default follow it, one a line.
+/// Costs of their own follow the default, one a line.
 std::string costsText(const vxClassifierCosts& costs, const Names& names) {
-  const double usual = costs.defaultMisclassificationCost();
-  std::string text = fmt::format("cost of a wrong decision: {:.6g}\n", usual);
-  const auto count = static_cast<long>(names.categories.size());
-  for (long actual = 0; actual < count; ++actual) {
-    for (long assigned = 0; assigned < count; ++assigned) {
-      if (actual == assigned) continue;
-      const double cost = costs.misclassificationCost(actual, assigned);
-      if (cost == usual) continue;
-      text += fmt::format("  {} taken for {}: {:.6g}\n", categoryName(names, actual),
-                          categoryName(names, assigned), cost);
-    }
+  std::string text =
+      fmt::format("cost of a wrong decision: {:.6g}\n", costs.defaultMisclassificationCost());
+  for (const PairCost& own : ownCosts(costs, static_cast<long>(names.categories.size()))) {
+    text += fmt::format("  {} taken for {}: {:.6g}\n", categoryName(names, own.actual),
+                        categoryName(names, own.assigned), own.cost);
   }
   return text;
 }
@@ -53,14 +46,12 @@ std::string metricText(const vxPatternDistanceMetric* metric) {
 
 std::string knnText(const vx_ClassifierKNN& classifier, const Names& names) {
   const vxClassifierTrainParamsKNN& params = classifier.params();
-  std::map<long, long> counts;
   const auto data = classifier.data();
-  for (long i = 0; i < data->numPatterns(); ++i) ++counts[data->categoryLabel(i)];
   std::string text = fmt::format(
       "method: knn (k nearest neighbours)\n{}k: {}\ndistance: {}\n{}stored patterns: {}\n",
       measurementsText(names), params.k(), metricText(params.distanceMetric().get()),
       costsText(params.misclassificationCosts(), names), data->numPatterns());
-  for (const auto& [label, count] : counts) {
+  for (const auto& [label, count] : patternCounts(*data)) {
     text += fmt::format("  {}: {}\n", categoryName(names, label), count);
   }
   return text;
@@ -82,8 +73,7 @@ std::string modelText(const Model& model) {
     return knnText(*knn, model.names);
   }
   if (const auto* bayes = dynamic_cast<const vx_ClassifierBayesian*>(classifier.get())) {
-    const auto held = model.tool.trainParams();
-    const auto& params = vfCheckedCast<vxClassifierTrainParamsBayesian>(*held);
+    const vxClassifierTrainParamsBayesian& params = bayesianParams(model.tool);
     return fmt::format("method: bayes (Bayesian classification)\n{}{}{}",
                        measurementsText(model.names),
                        costsText(params.misclassificationCosts(), model.names),

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "tools/error.h"
+#include "tools/json_text.h"
 #include "tools/output_file.h"
 #include "tools/progress.h"
 #include "tools/stop.h"
@@ -21,6 +22,7 @@ RowOutput::RowOutput(CLI::App& command, const Console& console) : console_(conso
       ->required();
   command.add_option("-o,--output", output_, "File to write instead of standard output")
       ->type_name("FILE");
+  addJsonFlag(command, json_, "Write a JSON object a line instead of CSV");
 }
 
 void RowOutput::write(Table& table, const std::string& header,
@@ -39,7 +41,7 @@ void RowOutput::writeRows_(Table& table, const std::string& header, std::ostream
   // Lines that scroll past tell enough.
   const bool quiet = !output_ && console_.outIsTerminal;
   Progress progress("classifying", table.size(), quiet ? nullptr : console_.bar());
-  std::string text = header;
+  std::string text = json_ ? "" : header;
   if (!table.next()) throw InputError(data_ + ": no rows after the column names");
   do {
     throwIfStopped();

@@ -12,15 +12,19 @@
 
 namespace cli {
 
-/// DATA.csv and -o of the commands that answer each row of a table.
+/// DATA.csv, -o and --json of the commands that answer each row of a table.
 class RowOutput {
  public:
   RowOutput(CLI::App& command, const Console& console);
 
   const std::string& dataPath() const { return data_; }
 
-  /// Writes `header`, and for each row of the table what `append` adds to the text. Keeps an eye on
-  /// stop requests. Throws InputError for a table without a row, and what `append` throws.
+  /// Whether rows are JSON objects, one a line, in place of CSV.
+  bool json() const { return json_; }
+
+  /// Writes `header`, unless rows are JSON, and for each row of the table what `append` adds to the
+  /// text. Keeps an eye on stop requests. Throws InputError for a table without a row, and what
+  /// `append` throws.
   void write(Table& table, const std::string& header,
              const std::function<void(std::string&)>& append) const;
 
@@ -31,6 +35,7 @@ class RowOutput {
   Console console_;
   std::string data_;
   std::optional<std::string> output_;
+  bool json_ = false;
 };
 
 }  // namespace cli

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
@@ -76,6 +77,13 @@ std::unique_ptr<std::istream> openInput(const std::string& path) {
   auto stream = std::make_unique<std::ifstream>(path, std::ios::binary);
   if (!*stream) throw InputError(fmt::format("{}: {}", path, std::strerror(errno)));
   return stream;
+}
+
+std::string fileContent(const std::string& path) {
+  const auto stream = openInput(path);
+  std::string bytes(std::istreambuf_iterator<char>(*stream), {});
+  if (stream->bad()) throw InputError(path + ": cannot be read");
+  return bytes;
 }
 
 Table::Table(const std::string& path)
@@ -149,6 +157,19 @@ void Table::refuse(std::size_t column, const std::string& what) const {
 long Dataset::numLabelled() const {
   return static_cast<long>(labels.size()) -
          static_cast<long>(std::count(labels.begin(), labels.end(), -1L));
+}
+
+vxClassifierDataProviderMemory Dataset::labelled() const {
+  std::vector<vxPtrHandle_const<vxFeaturePattern>> kept;
+  std::vector<long> keptLabels;
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    if (labels[i] < 0) continue;
+    kept.push_back(patterns[i]);
+    keptLabels.push_back(labels[i]);
+  }
+  vxClassifierDataProviderMemory provider;
+  provider.data(kept, keptLabels);
+  return provider;
 }
 
 Dataset readDataset(const std::string& path, const DatasetColumns& columns, bool allowInvalid,

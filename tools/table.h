@@ -19,6 +19,9 @@ namespace cli {
 /// Opens a file for reading. Throws InputError, for a directory too.
 std::unique_ptr<std::istream> openInput(const std::string& path);
 
+/// All bytes of a file. Throws InputError.
+std::string fileContent(const std::string& path);
+
 /// A CSV file whose first row names its columns, read row by row.
 ///
 /// Blanks around a cell don't count. Names are UTF-8 and differ from each other; every row has as
@@ -81,6 +84,9 @@ struct Dataset {
   std::vector<long> rows;    // where each pattern stands in the file
 
   long numLabelled() const;
+
+  /// The patterns of known category.
+  vxClassifierDataProviderMemory labelled() const;
 };
 
 /// How to read a Dataset.

@@ -5,7 +5,6 @@
 #include <vxfoundation/vxfoundation.h>
 
 #include <cmath>
-#include <map>
 #include <vector>
 
 #include "tools/model_text.h"
@@ -44,20 +43,6 @@ std::string leafText(const vxDecisionTreeLeaf& leaf, const Names& names) {
                         result.classScore(), result.expectedCost());
   }
   return text.empty() ? "no category" : text;
-}
-
-/// How often each node is a child, with the second time ending the way.
-std::map<const vxDecisionTreeNode*, long> timesReached(const vxDecisionTree* root) {
-  std::map<const vxDecisionTreeNode*, long> times;
-  std::vector<const vxDecisionTree*> open{root};
-  while (!open.empty()) {
-    const auto* node = dynamic_cast<const vxDecisionTreeNode*>(open.back());
-    open.pop_back();
-    if (node == nullptr || ++times[node] > 1) continue;
-    open.push_back(node->falseTree().get());
-    open.push_back(node->trueTree().get());
-  }
-  return times;
 }
 
 class TreeDrawing {
@@ -130,6 +115,19 @@ std::string predicateText(const vxPredicateFunction& predicate, const Names& nam
     return indices.empty() ? "always" : nameList(indices, names) + " valid";
   }
   return "a predicate of another kind";
+}
+
+std::map<const vxDecisionTreeNode*, long> timesReached(const vxDecisionTree* root) {
+  std::map<const vxDecisionTreeNode*, long> times;
+  std::vector<const vxDecisionTree*> open{root};
+  while (!open.empty()) {
+    const auto* node = dynamic_cast<const vxDecisionTreeNode*>(open.back());
+    open.pop_back();
+    if (node == nullptr || ++times[node] > 1) continue;
+    open.push_back(node->falseTree().get());
+    open.push_back(node->trueTree().get());
+  }
+  return times;
 }
 
 std::string treeText(const vxDecisionTree* tree, const Names& names) {

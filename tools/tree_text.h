@@ -4,6 +4,7 @@
 
 #include <vxclss/vxclss.h>
 
+#include <map>
 #include <string>
 
 #include "tools/table.h"
@@ -12,6 +13,10 @@ namespace cli {
 
 /// What a predicate asks, in measurement names.
 std::string predicateText(const vxPredicateFunction& predicate, const Names& names);
+
+/// How often each node of a tree is a child, the root counted once; from the second time on nobody
+/// looks below it. `root` may be null.
+std::map<const vxDecisionTreeNode*, long> timesReached(const vxDecisionTree* root);
 
 /// A tree drawn with box characters, one line a node or leaf. A node that several others share is
 /// drawn once, with a number that the other places refer to. `tree` may be null.

@@ -27,9 +27,10 @@ std::vector<PageBlock> pageBlocks(const std::string& path) {
   std::istringstream page(readSource(path));
   bool inside = false;
   for (std::string line; std::getline(page, line);) {
-    if (line.rfind("```", 0) == 0) {
+    const std::size_t fence = line.find("```");
+    if (fence != std::string::npos && fence == line.find_first_not_of(' ')) {
       inside = !inside;
-      if (inside) blocks.push_back({line.substr(3), ""});
+      if (inside) blocks.push_back({line.substr(fence + 3), ""});
     } else if (inside) {
       blocks.back().text += line + "\n";
     }

@@ -20,11 +20,10 @@ namespace {
 
 TEST_F(CommandLineTest, TellsItsVersionAndItsUse) {
   EXPECT_EQ(run({"--version"}).out, "vxclss " VXCLSS_VERSION "\n");
-  for (const Names& arguments :
-       {Names{"--help"}, Names{"train", "--help"}, Names{"run", "--help"},
-        Names{"evaluate", "--help"}, Names{"retrain", "--help"}, Names{"show", "--help"},
-        Names{"tree", "--help"}, Names{"rules", "--help"}, Names{"generate", "--help"}}) {
-    const Outcome help = run(arguments);
+  const Names commands{"",      "train", "run",  "evaluate", "compare",  "retrain",    "inspect",
+                       "check", "diff",  "tree", "rules",    "generate", "completion", "manual"};
+  for (const std::string& command : commands) {
+    const Outcome help = command.empty() ? run({"--help"}) : run({command, "--help"});
     EXPECT_EQ(help.code, 0);
     EXPECT_EQ(help.err, "");
     EXPECT_NE(help.out.find("Examples:\n  vxclss "), std::string::npos) << help.out;
@@ -38,7 +37,7 @@ TEST_F(CommandLineTest, EvaluatesNearestNeighboursOnIris) {
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(lineOf(outcome.out, "method"), "method knn (k 5, order 2), 10 folds, seed 1");
   EXPECT_EQ(lineOf(outcome.out, "setosa"),
-            "setosa              50           0          0     50  100.0 %");
+            "setosa              50           0          0     50  100.0 %    100.0 %");
   EXPECT_EQ(lineOf(outcome.out, "accuracy"), "accuracy            96.7 % (145 of 150)");
   EXPECT_EQ(lineOf(outcome.out, "mean"), "mean expected cost  0.036");
 }
@@ -46,18 +45,23 @@ TEST_F(CommandLineTest, EvaluatesNearestNeighboursOnIris) {
 TEST_F(CommandLineTest, EvaluatesATinySetAsOneDoesByHand) {
   scratch_.file("d.csv", "x,kind\n0,a\n1,a\n,\n4,b\n5,b\n8,b\n8.5,a\n");
   const Outcome outcome = run({"evaluate", "d.csv", "--label", "kind", "--k", "1", "--folds", "6"});
+  const std::string training = lineOf(outcome.out, "training");
+  EXPECT_NE(training.find(" s"), std::string::npos);
   const std::string speed = lineOf(outcome.out, "speed");
   EXPECT_NE(speed.find(" patterns per second"), std::string::npos);
   EXPECT_EQ(outcome.out,
             "d.csv: 6 patterns, 1 measurements, 2 categories\n"
             "not counted, without a category: 1\n"
             "method knn (k 1, order 2), 6 folds, seed 1\n\n"
-            "true \\ decided  a  b  total  recall\n"
-            "a               2  1      3  66.7 %\n"
-            "b               1  2      3  66.7 %\n\n"
+            "true \\ decided  a  b  total  recall  precision\n"
+            "a               2  1      3  66.7 %     66.7 %\n"
+            "b               1  2      3  66.7 %     66.7 %\n\n"
             "accuracy            66.7 % (4 of 6)\n"
-            "mean expected cost  0\n" +
-                speed + "\n");
+            "its 95 % interval   30.0 % to 90.3 %\n"
+            "mean expected cost  0\n"
+            "mean actual cost    0.3333\n"
+            "log loss            12.01\n" +
+                training + "\n" + speed + "\n");
 }
 
 TEST_F(CommandLineTest, RunsWhatItTrained) {

@@ -10,12 +10,11 @@
 #include <vector>
 
 #include "tests/tools/scratch.h"
-#include "tools/evaluation.h"
 
 namespace {
 
 using cli::Model;
-using cli::PatternHandle;
+using PatternHandle = vxPtrHandle_const<vxFeaturePattern>;
 
 PatternHandle pattern(double x, double y) {
   return PatternHandle(new vxFeaturePattern({x, y}, {}));

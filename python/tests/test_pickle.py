@@ -1,0 +1,182 @@
+# SPDX-License-Identifier: MIT
+import copy
+import pickle
+
+import numpy as np
+import pytest
+from hypothesis import given, settings, strategies as st
+
+import vxclss
+from conftest import bits, leaf, mixture, small_tree, trained
+from vxclss import DistributionType
+
+BAYES, KNN, TREE = trained("bayes", rows=20), trained("knn", rows=20), trained("tree")
+MODEL = BAYES.classifier.category_models[0]
+BINOMIAL = vxclss.Tool().train(
+    vxclss.DataProvider([[0.0], [3.0], [9.0], [2.0]], [0, 0, 0, 0]),
+    vxclss.TrainParamsBayesian(vxclss.DistributionTypes(DistributionType.BINOMIAL),
+                               max_measurement_values=[9.0]))
+
+SAMPLES = [
+    vxclss.FeaturePattern([1.0, np.nan, -0.0], [0]),
+    vxclss.DataProvider([[1.0, np.nan], [2.0, 3.0]], [0, -1], name="né", description="d"),
+    vxclss.Costs(2.0, {(1, 0): 5.0, (0, 1): 0.0}),
+    vxclss.Frequencies(0.5, {3: 2.0}),
+    vxclss.DistributionTypes(overrides={(0, 4): DistributionType.BINOMIAL},
+                             dependent=[(0, [1, 2])]),
+    vxclss.CategoryResult(3, 0.5, 0.25, 7.0),
+    vxclss.Result([vxclss.CategoryResult(3, 0.5, 0.25, 7.0)], -1.5),
+    vxclss.Norm(1.5),
+    vxclss.TrainParamsKNN(7, distance_metric=1.0, misclassification_costs=vxclss.Costs(3.0)),
+    vxclss.TrainParamsBayesian(category_frequencies=vxclss.Frequencies(2.0),
+                               max_measurement_values=[1.0, np.nan]),
+    vxclss.ComparisonPredicate(4, 2),
+    vxclss.RangePredicate((-1.0, 2.0), [3, 1]),
+    vxclss.ValidityPredicate([0, 2]),
+    leaf(3, 4),
+    small_tree(),
+    MODEL.densities[0],
+    BINOMIAL.classifier.category_models[0].densities[0],
+    MODEL,
+    BAYES.classifier,
+    KNN.classifier,
+    TREE.classifier,
+    BAYES,
+    KNN,
+    TREE,
+    vxclss.Tool(),
+    vxclss.ClassifierKNN(),
+    vxclss.FeatureScoreIgnore(),
+    vxclss.FeatureScoreOneSided(0, 2, 5, 1, 0.5),
+    vxclss.FeatureScoreTwoSided(40, 30, 30, 60, 70, 70),
+    vxclss.FeatureVector([1.0, np.nan]),
+    vxclss.Rule([vxclss.FeatureScoreIgnore(), vxclss.FeatureScoreOneSided()], 4),
+    vxclss.RuleTable([vxclss.Rule([vxclss.FeatureScoreTwoSided()], 4)]),
+]
+NAMES = [f"{i}-{type(sample).__name__}" for i, sample in enumerate(SAMPLES)]
+
+
+def test_every_archivable_class_has_a_sample():
+    archivable = {value for value in vars(vxclss).values()
+                  if isinstance(value, type) and hasattr(value, "from_bytes")}
+    assert {type(sample) for sample in SAMPLES} == archivable
+
+
+@pytest.mark.parametrize("duplicate", [
+    *(lambda x, p=p: pickle.loads(pickle.dumps(x, p)) for p in range(2, 6)), copy.copy,
+    copy.deepcopy, lambda x: vxclss.loads(vxclss.dumps(x), type(x)),
+    lambda x: type(x).from_bytes(bytearray(x.to_bytes()))])
+@pytest.mark.parametrize("sample", SAMPLES, ids=NAMES)
+def test_an_object_survives_archives_pickles_and_copies(sample, duplicate):
+    other = duplicate(sample)
+    assert type(other) is type(sample) and other is not sample
+    assert other.to_bytes() == sample.to_bytes()
+    assert repr(other) == repr(sample)
+    if type(sample).__eq__ is not object.__eq__ and not isinstance(sample, vxclss.ClassifierKNN):
+        assert other == sample
+
+
+def test_objects_of_a_list_are_shared_in_its_pickle():
+    pattern = vxclss.FeaturePattern([1.0])
+    first, second = pickle.loads(pickle.dumps([pattern, pattern]))
+    assert first is second
+
+
+@settings(max_examples=30)
+@given(st.sampled_from(["bayes", "knn", "tree"]), st.integers(1, 9),
+       st.sampled_from([0.5, 1.0, 2.0, 3.0]), st.integers(0, 1000))
+def test_a_pickled_tool_answers_with_the_same_bits(technique, k, order, seed):
+    params = {"knn": {"k": k, "distance_metric": order,
+                      "misclassification_costs": vxclss.Costs(1.0, {(0, 1): 7.0})},
+              "bayes": {"category_frequencies": vxclss.Frequencies(1.0, {1: 3.0})}}
+    tool = trained(technique, rows=40, seed=seed, **params.get(technique, {}))
+    other = pickle.loads(pickle.dumps(tool))
+    X = mixture(20, 4, 3, seed=seed + 1)[0]
+    for field in ("labels", "class_scores", "match_scores", "expected_costs",
+                  "match_score_factor_logs"):
+        assert bits(getattr(other.run(X), field)) == bits(getattr(tool.run(X), field))
+    assert other == tool
+
+
+def test_an_unready_tool_can_be_copied():
+    tool = vxclss.Tool().train(vxclss.DataProvider([[1.0]], [0]),
+                               vxclss.TrainParamsBayesian(throw_if_not_ready=False))
+    other = copy.copy(tool)
+    assert other.is_trained and other == tool
+    assert other.train_params.throw_if_not_ready
+
+
+@pytest.mark.parametrize("sample", SAMPLES, ids=NAMES)
+def test_bytes_that_are_cut_or_go_on_are_no_archive(sample):
+    whole = sample.to_bytes()
+    with pytest.raises(vxclss.Malformed, match="Bytes after the end"):
+        type(sample).from_bytes(whole + b"\0")
+    for end in range(0, len(whole), 1 + len(whole) // 50):
+        with pytest.raises(vxclss.ArchiveError):
+            type(sample).from_bytes(whole[:end])
+
+
+def use(loaded):
+    """What a program would do with it: answers, or errors of the library."""
+    repr(loaded)
+    for ask in (lambda: loaded.run(np.zeros((2, 4))), lambda: loaded.run(np.zeros((2, 1)), 2),
+                lambda: loaded.run(vxclss.FeaturePattern([0.0] * 4)), lambda: loaded == loaded,
+                lambda: copy.copy(loaded), lambda: loaded.score([1.0, 2.0]),
+                lambda: loaded.measurement_counts, lambda: loaded.to_arrays(),
+                lambda: loaded.rule_scores([[1.0, 2.0]]), lambda: loaded.log_value([1.0]),
+                lambda: repr(loaded.classifier), lambda: loaded.classifier.data.to_arrays(),
+                lambda: loaded.overrides, lambda: repr(loaded.category_models)):
+        try:
+            ask()
+        except (vxclss.Error, AttributeError, TypeError, ValueError):
+            pass
+
+
+@settings(max_examples=500)
+@given(st.sampled_from(SAMPLES), st.data())
+def test_damaged_bytes_give_an_object_or_an_error_of_the_archive(sample, data):
+    damaged = bytearray(sample.to_bytes())
+    for _ in range(data.draw(st.integers(1, 4))):
+        if not damaged:
+            break
+        place = data.draw(st.integers(0, len(damaged) - 1))
+        if data.draw(st.booleans()):
+            damaged[place] = data.draw(st.one_of(st.sampled_from([0, 1, 2, 3, 127, 255]),
+                                                 st.integers(0, 255)))
+        else:
+            del damaged[place:place + data.draw(st.integers(1, 8))]
+    try:
+        loaded = type(sample).from_bytes(bytes(damaged))
+    except vxclss.ArchiveError:
+        return
+    use(loaded)
+
+
+@settings(max_examples=200)
+@given(st.sampled_from(sorted({type(s) for s in SAMPLES}, key=str)), st.binary(max_size=200))
+def test_any_bytes_give_an_object_or_an_error_of_the_archive(cls, data):
+    try:
+        loaded = cls.from_bytes(data)
+    except vxclss.ArchiveError:
+        return
+    use(loaded)
+
+
+def test_what_has_no_archive_is_refused():
+    for refused in (lambda: vxclss.dumps([1]), lambda: vxclss.loads(b"", list),
+                    lambda: vxclss.Tool.from_bytes("text"), lambda: vxclss.Tool.from_bytes(None),
+                    lambda: vxclss.Tool.from_bytes(3)):
+        with pytest.raises(TypeError):
+            refused()
+
+
+def test_a_strided_buffer_is_refused_as_python_refuses_it():
+    data = memoryview(np.zeros(10, dtype="u1"))[::2]
+    with pytest.raises((BufferError, ValueError)):
+        vxclss.Tool.from_bytes(data)
+
+
+def test_joblib_stores_tools(tmp_path):
+    joblib = pytest.importorskip("joblib")
+    joblib.dump(KNN, tmp_path / "tool")
+    assert joblib.load(tmp_path / "tool") == KNN

@@ -1,0 +1,33 @@
+# SPDX-License-Identifier: MIT
+"""Pickling through archives."""
+
+from __future__ import annotations
+
+from typing import Any, Type, TypeVar
+
+_T = TypeVar("_T")
+
+
+def _unpickled(cls: Any, data: bytes) -> Any:
+    """What pickles, copy.copy() and copy.deepcopy() rebuild an object with."""
+    return cls.from_bytes(data)
+
+
+def dumps(obj: Any) -> bytes:
+    """The archive of an object, as C++ stores it with ``archive || object``."""
+    if not hasattr(type(obj), "from_bytes"):
+        raise TypeError(f"{type(obj).__name__} has no archive")
+    data: bytes = obj.to_bytes()
+    return data
+
+
+def loads(data: Any, cls: Type[_T]) -> _T:
+    """The object of class ``cls`` that an archive holds; the bytes need not be trusted.
+
+    Raises ArchiveError for bytes that are no archive of this class from first to last.
+    """
+    from_bytes = getattr(cls, "from_bytes", None)
+    if from_bytes is None:
+        raise TypeError(f"{cls.__name__} has no archive")
+    loaded: _T = from_bytes(data)
+    return loaded

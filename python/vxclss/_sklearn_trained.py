@@ -1,0 +1,287 @@
+# SPDX-License-Identifier: MIT
+"""The scikit-learn estimators that learn from rows: Bayes and nearest neighbours."""
+
+from __future__ import annotations
+
+from typing import Any, List, Optional, Sequence, Tuple, TypeVar, Union
+
+import numpy as np
+import numpy.typing as npt
+from sklearn.utils.multiclass import _check_partial_fit_first_call  # type: ignore[import]
+from sklearn.utils.validation import check_is_fitted  # type: ignore[import]
+
+from ._core import (
+    ClassifierKNN, DataProvider, DistributionType, DistributionTypes, Norm, Tool, TrainParams,
+    TrainParamsBayesian, TrainParamsKNN,
+)
+from ._sklearn_base import (
+    CostsByName, FrequenciesByName, Integers, ToolEstimator, codes_of, costs_of,
+    frequencies_of, unchanged_on_failure,
+)
+from .errors import InsufficientTrainData, NotSupported
+
+Distributions = Union[str, DistributionType, DistributionTypes, Sequence[str]]
+Dependent = Union[str, Sequence[Sequence[int]], None]
+
+_Chunk = Tuple[npt.NDArray[Any], Integers]
+_Self = TypeVar("_Self", bound="TrainedEstimator")
+
+
+class TrainedEstimator(ToolEstimator):
+    """Trains a tool from rows; partial_fit() adds rows, and the next question trains again.
+
+    A tool never changes once it is in an estimator: further training makes a new one, so copies of
+    an estimator may share it.
+    """
+
+    # Rows that tool_ has not learnt yet.
+    _pending: Tuple[_Chunk, ...]
+
+    def _params(self, counts: Optional[Integers]) -> TrainParams:
+        raise NotImplementedError
+
+    def _tool_with(self, chunks: Tuple[_Chunk, ...]) -> Tool:
+        """A new tool that has learnt what the present one has, and the chunks."""
+        raise NotImplementedError
+
+    def _kept(self, rows: npt.NDArray[Any]) -> npt.NDArray[Any]:
+        """The rows of a fit(), copied if the estimator keeps them."""
+        return rows
+
+    def _check_can_grow(self) -> None:
+        """Raises if the technique can't add to what is learnt."""
+
+    def fit(self: _Self, X: npt.ArrayLike, y: npt.ArrayLike) -> _Self:
+        """Learns the rows of X (n, d) with the labels y (n), and forgets what was known before.
+
+        Raises ValueError for X, y or parameters that the technique can't learn from.
+        """
+        with unchanged_on_failure(self):
+            rows, names = self._checked_training(X, y, reset=True)
+            self.classes_, codes = np.unique(names, return_inverse=True)
+            self._tool, self._pending = None, ()
+            self._tool = self._tool_with(((self._kept(rows), codes.astype(np.int64)),))
+        return self
+
+    def partial_fit(self: _Self, X: npt.ArrayLike, y: npt.ArrayLike,
+                    classes: Optional[npt.ArrayLike] = None) -> _Self:
+        """Adds the rows of X (n, d) with the labels y (n) to those learnt before.
+
+        However the rows were divided among calls, the answers are bit for bit those of one fit()
+        of all of them in the same order. The next question trains, so many small calls in a row
+        cost little. `classes` names all classes; it is needed in the first call only.
+
+        Raises ValueError for a label that is none of the classes; NotSupported if the rows learnt
+        before are not kept.
+        """
+        first = "classes_" not in vars(self)
+        if not first:
+            self._check_can_grow()
+        with unchanged_on_failure(self):
+            rows, names = self._checked_training(X, y, reset=first)
+            if first or classes is not None:
+                _check_partial_fit_first_call(self, classes)
+            if first:
+                self._tool, self._pending = None, ()
+            codes = codes_of(names, self.classes_)
+            # The caller may change its arrays before the rows are learnt.
+            self._pending += ((np.array(rows), codes),)
+        return self
+
+    def retrain(self: _Self) -> _Self:
+        """Puts changed parameters in force that need no rows: costs, frequencies, k and the norm.
+
+        After ``set_params(costs=...)`` for example. Raises BadParams for other changes.
+        """
+        check_is_fitted(self, "classes_")
+        fresh = Tool.from_bytes(self.tool_.to_bytes())
+        self._tool = fresh.retrain(self._params(self._counts()))
+        return self
+
+    def _counts(self) -> Optional[Integers]:
+        return None
+
+    @property
+    def tool_(self) -> Tool:
+        """What answers, with all rows learnt. Raises what the technique says of the rows."""
+        if "classes_" in vars(self) and self._pending:
+            tool = self._tool_with(self._pending)
+            self._tool, self._pending = tool, ()
+        return ToolEstimator.tool_.fget(self)  # type: ignore[attr-defined,no-any-return]
+
+
+class BayesClassifier(TrainedEstimator):
+    """Bayesian classification: a normal or binomial density for each class and measurement.
+
+    NaN is an invalid measurement: training leaves it out, a query is judged by the others.
+
+    Parameters
+    ----------
+    frequencies : None, "empirical", mapping, array-like (c,) or Frequencies
+        How often each class occurs, relative to the others, > 0. None: equally often.
+        "empirical": as often as in the training rows. A mapping goes from names to frequencies, 1
+        for those left out; an array is in the order of ``classes_``.
+    costs : None, float, mapping, array-like (c, c) or Costs
+        What a wrong decision costs, >= 0. None: 1. A mapping goes from (true, assigned) names to
+        costs, 1 for those left out; a matrix has a row for each true class.
+    distribution : "normal", "binomial", a list of them (d,), or DistributionTypes
+        How each measurement is distributed.
+    dependent : None, "all" or list of lists of columns
+        Measurements that are modelled together, with their covariances, in every class.
+    max_values : None or array-like (d,)
+        Largest value of each measurement that is binomial; None: 1.
+    keep_rows : bool
+        Whether the estimator keeps the training rows, which partial_fit() after fit() and
+        "empirical" frequencies in retrain() need. Without, it and its pickle are small.
+    n_jobs : None or int
+        Threads that share the rows of a query; -1: as many as there are processors.
+
+    Attributes
+    ----------
+    classes_, tool_, n_features_in_, feature_names_in_
+    class_count_ : (c,)
+        Training rows of each class.
+    """
+
+    __module__ = "vxclss.sklearn"
+
+    class_count_: Integers
+    _rows: Tuple[_Chunk, ...]
+
+    def __init__(self, *, frequencies: FrequenciesByName = None, costs: CostsByName = None,
+                 distribution: Distributions = "normal", dependent: Dependent = None,
+                 max_values: Optional[npt.ArrayLike] = None, keep_rows: bool = True,
+                 n_jobs: Optional[int] = None) -> None:
+        self.frequencies = frequencies
+        self.costs = costs
+        self.distribution = distribution
+        self.dependent = dependent
+        self.max_values = max_values
+        self.keep_rows = keep_rows
+        self.n_jobs = n_jobs
+
+    def _takes_nan(self) -> bool:
+        return True
+
+    def _counts(self) -> Optional[Integers]:
+        return getattr(self, "class_count_", None)
+
+    def _tool_with(self, chunks: Tuple[_Chunk, ...]) -> Tool:
+        if self._tool is not None:
+            chunks = self._rows + chunks
+        counts = sum((np.bincount(codes, minlength=len(self.classes_)) for _, codes in chunks),
+                     np.zeros(len(self.classes_), np.int64))
+        self._check_rows(chunks)
+        data = DataProvider()
+        for rows, codes in chunks:
+            data.extend(rows, codes)
+        tool = Tool().train(data, self._params(counts))
+        self.class_count_ = counts
+        self._rows = chunks if self.keep_rows else ()
+        return tool
+
+    def _kept(self, rows: npt.NDArray[Any]) -> npt.NDArray[Any]:
+        return np.array(rows) if self.keep_rows else rows
+
+    def _check_can_grow(self) -> None:
+        if self._tool is not None and not self._rows:
+            raise NotSupported("partial_fit() needs the rows that were learnt before, which an "
+                               "estimator with keep_rows=False or from a model file has not")
+
+    def _check_rows(self, chunks: Tuple[_Chunk, ...]) -> None:
+        """Each class that has rows needs two values of each measurement."""
+        valid = np.zeros((len(self.classes_), self.n_features_in_), np.int64)
+        seen = np.zeros(len(self.classes_), bool)
+        for rows, codes in chunks:
+            np.add.at(valid, codes, ~np.isnan(rows))
+            seen[codes] = True
+        short = np.argwhere((valid < 2) & seen[:, None])
+        if len(short):
+            label, column = short[0]
+            count = valid[label, column]
+            raise InsufficientTrainData(
+                f"class {self.classes_[label]!r} has {count or 'no'} "
+                f"{'sample' if count == 1 else 'samples'} of measurement {column}, and a density "
+                f"needs 2")
+
+    def _params(self, counts: Optional[Integers]) -> TrainParamsBayesian:
+        largest: Any = [] if self.max_values is None else self.max_values
+        return TrainParamsBayesian(
+            self._distribution_types(), max_measurement_values=largest,
+            category_frequencies=frequencies_of(self.frequencies, self.classes_, counts),
+            misclassification_costs=costs_of(self.costs, self.classes_))
+
+    def _distribution_types(self) -> DistributionTypes:
+        if isinstance(self.distribution, DistributionTypes):
+            if self.dependent is not None:
+                raise ValueError("DistributionTypes say themselves what is dependent")
+            return self.distribution
+        labels = range(len(self.classes_))
+        sets: List[List[int]] = []
+        if isinstance(self.dependent, str):
+            if self.dependent != "all":
+                raise ValueError(f'dependent is "all" or lists of columns, not {self.dependent!r}')
+            sets = [list(range(self.n_features_in_))] if self.n_features_in_ > 1 else []
+        elif self.dependent is not None:
+            sets = [[int(column) for column in columns] for columns in self.dependent]
+        together = [(label, columns) for label in labels for columns in sets]
+        if isinstance(self.distribution, (str, DistributionType)):
+            return DistributionTypes(_type_of(self.distribution), dependent=together)
+        each = [_type_of(kind) for kind in self.distribution]
+        if len(each) != self.n_features_in_:
+            raise ValueError(f"{len(each)} distributions for {self.n_features_in_} measurements")
+        return DistributionTypes(
+            overrides={(label, column): kind for label in labels
+                       for column, kind in enumerate(each)}, dependent=together)
+
+
+def _type_of(kind: Union[str, DistributionType]) -> DistributionType:
+    if isinstance(kind, DistributionType):
+        return kind
+    known = {"normal": DistributionType.NORMAL, "binomial": DistributionType.BINOMIAL}
+    if kind not in known:
+        raise ValueError(f'a distribution is "normal" or "binomial", not {kind!r}')
+    return known[kind]
+
+
+class KNNClassifier(TrainedEstimator):
+    """Nearest neighbours: of the k training rows nearest to a query, the share of each class.
+
+    Parameters
+    ----------
+    n_neighbors : int
+        k, >= 1; all rows where there are fewer.
+    p : float
+        Order of the norm that measures distances, > 0: 1 city block, 2 Euclidean.
+    costs : None, float, mapping, array-like (c, c) or Costs
+        What a wrong decision costs, as for BayesClassifier.
+    n_jobs : None or int
+        Threads that share the rows of a query; -1: as many as there are processors.
+
+    Attributes
+    ----------
+    classes_, tool_, n_features_in_, feature_names_in_
+    """
+
+    __module__ = "vxclss.sklearn"
+
+    def __init__(self, n_neighbors: int = 5, *, p: float = 2.0, costs: CostsByName = None,
+                 n_jobs: Optional[int] = None) -> None:
+        self.n_neighbors = n_neighbors
+        self.p = p
+        self.costs = costs
+        self.n_jobs = n_jobs
+
+    def _tool_with(self, chunks: Tuple[_Chunk, ...]) -> Tool:
+        data = DataProvider()
+        if self._tool is not None:
+            classifier = self._tool.classifier
+            assert isinstance(classifier, ClassifierKNN) and classifier.data is not None
+            data = classifier.data  # a provider of our own, which shares the patterns
+        for rows, codes in chunks:
+            data.extend(rows, codes)
+        return Tool().train(data, self._params(None))
+
+    def _params(self, counts: Optional[Integers]) -> TrainParamsKNN:
+        return TrainParamsKNN(self.n_neighbors, distance_metric=Norm(self.p),
+                              misclassification_costs=costs_of(self.costs, self.classes_))

@@ -1,20 +1,31 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what a build needs and this machine lacks; with --ci, also what the stricter checks need;
-# with --peers, also the libraries that bench/peers measures beside this one; with --machines, also
+# Installs what a build needs and this machine lacks; with --pictures, also what the example of parts
+# on a belt needs; with --python, what the Python module and its tests need; with --ci, both of these
+# and what the stricter checks need; with --docs, what makes the pages a site; with --packages, what
+# makes and checks Debian packages; with --peers, also the libraries that bench/peers measures beside this one; with --machines, also
 # the compilers and emulators that tests/machines builds and runs for other processors with.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkgconf libgtest-dev libgmock-dev libbenchmark-dev libfmt-dev
           libcli11-dev nlohmann-json3-dev)
+pictures=(libopencv-imgproc-dev libopencv-imgcodecs-dev)
+python=(python3 python3-dev python3-venv python3-pip python3-setuptools python3-wheel pybind11-dev
+        python3-numpy python3-sklearn python3-matplotlib python3-pandas python3-dask
+        python3-distributed python3-pytest python3-hypothesis mypy)
 case "${1:-}" in
   "") ;;
-  --ci) packages+=(git binutils clang clang-format libclang-rt-14-dev gcovr) ;;
+  --pictures) packages+=("${pictures[@]}") ;;
+  --python) packages+=("${python[@]}") ;;
+  --ci) packages+=(git binutils clang clang-format libclang-rt-14-dev gcovr chromium groff zsh
+                   abigail-tools "${pictures[@]}" "${python[@]}") ;;
+  --docs) packages+=(mkdocs mkdocs-material python3-pymdownx doxygen) ;;
+  --packages) packages+=(dpkg-dev lintian debootstrap groff gzip) ;;
   --peers) packages+=(libfaiss-dev libopencv-ml-dev libflann-dev libnanoflann-dev libcereal-dev
                       libboost-serialization-dev libblas-dev liblapack-dev python3-sklearn) ;;
   --machines) packages+=(clang googletest qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu
                          g++-i686-linux-gnu) ;;
-  *) echo "usage: $0 [--ci | --peers | --machines]" >&2; exit 2 ;;
+  *) echo "usage: $0 [--pictures | --python | --ci | --docs | --packages | --peers | --machines]" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then

@@ -140,6 +140,7 @@ function(vxclss_list_check)
     -D SOURCE_DIR=${PROJECT_SOURCE_DIR}
     -D LISTED=${CMAKE_CURRENT_BINARY_DIR}/listed_files.txt
     -D TOOLS=${VXCLSS_BUILD_TOOLS}
+    -D PICTURES=$<TARGET_EXISTS:inspect_parts>
     -P ${PROJECT_SOURCE_DIR}/cmake/check_lists.cmake)
 endfunction()
 

@@ -43,7 +43,6 @@ printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"
 chmod 755 "$root/usr/sbin/policy-rc.d"
 cp /etc/resolv.conf "$root/etc/resolv.conf"
 
-in_root dpkg --get-selections >"$root/before"
 mkdir "$root/packages" "$root/host"
 cp "$packages"/*.deb "$root/packages/"
 cp tests/install/consumer.cpp tests/install/CMakeLists.txt examples/data/iris.csv "$root/host/"

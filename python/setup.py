@@ -28,6 +28,7 @@ class CMakeBuild(build_ext):
         source = os.environ.get("VXCLSS_FROM", "auto")
         folder = pathlib.Path(self.build_temp).resolve() / source
         configure = ["cmake", "-S", str(HERE), "-B", str(folder),
+                     "-Uvxclss_DIR",  # CMAKE_PREFIX_PATH may have changed
                      f"-DPython_EXECUTABLE={sys.executable}",
                      f"-DVXCLSS_PYTHON_VERSION={self.distribution.get_version()}",
                      f"-DVXCLSS_FROM={source}",

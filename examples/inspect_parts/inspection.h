@@ -26,8 +26,8 @@ struct Decision {
 /// Decides by a Bayesian tool, and rejects what it can't decide.
 ///
 /// The best match score is 1 however far off a pattern is, so the scores alone never tell that a
-/// part belongs to no category. The factor that scaled them does: minus its logarithm is the
-/// likelihood of the best category.
+/// part belongs to no category. The factor that scaled them does: minus its logarithm is that of
+/// the best category's likelihood.
 class Inspection {
  public:
   /// Patterns as measureBlobs() makes them. Each category needs some twenty whole ones.

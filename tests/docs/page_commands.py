@@ -16,6 +16,7 @@ import tempfile
 
 # Pages whose blocks another test runs, which tells the page by its name.
 ELSEWHERE = {
+    "docs/picture_example.md": "tests/examples/inspect_parts/run_test.sh",
     "docs/python_tutorial.md": "python/tests/test_tutorial.py",
 }
 
@@ -28,6 +29,13 @@ BY_HAND = {
     "cmake --preset release && cmake --build --preset release": ".ci/run",
     "build/release/bench/vxclss_bench": "by hand",
     "examples/dask_classify.py": "python/tests/test_dask.py",
+    "./setup.sh --packages": ".ci/run --long",
+    "packaging/": ".ci/run --long",
+    "sudo apt-get install ./build/packages": "packaging/try_in_clean_root.sh",
+    "cmake --build build/dev --target update_abi": "by hand, with a release",
+    "./setup.sh --python": ".ci/run",
+    "/usr/bin/python3 -m venv": "python/tests/test_install.py",
+    "build/env/bin/pip install": "python/tests/test_install.py",
 }
 
 # Commands of a host that builds against an installed tree: run with --long.

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Usage: run_test.sh INSPECT_PARTS WORK_DIR [VXCLSS]
+# Usage: run_test.sh INSPECT_PARTS SOURCE_DIR WORK_DIR [VXCLSS]
 #
-# Runs the picture example on a seed, checks what came of it by its table of parts, and hands its
-# tables to the vxclss command.
+# Runs the picture example on a seed, checks what came of it by its table of parts, and runs the
+# commands of docs/picture_example.md, which hand its tables to the vxclss command.
 set -euo pipefail
 export LC_ALL=C
-inspect_parts=$1 work=$2 vxclss=${3:-}
+inspect_parts=$(realpath "$1") page=$2/docs/picture_example.md work=$3
+vxclss=${4:+$(realpath "$4")}
 
 fail() { echo "run_test: $*" >&2; exit 1; }
 
@@ -58,11 +59,23 @@ refused 2 "--training" --training 0
 refused 2 "--nonsense" --nonsense
 refused 1 "errors: " --output "$work/errors"
 
+# What the page prints has the rows that the example prints.
+rows() { sed -nE 's/^(washer|nut|bolt|pin|spring|other kinds|touching parts)(, cut off)? .*/\1/p' | uniq; }
+diff <(rows <"$page") <(rows <"$work/first.txt") || fail "$page shows other rows"
+
 [[ -n $vxclss ]] || exit 0
-columns=(--label kind --ignore picture --ignore x --ignore y --method bayes)
-"$vxclss" evaluate "$work/first/training.csv" "${columns[@]}" | tee "$work/evaluation.txt"
-grep -qi accuracy "$work/evaluation.txt" || fail "vxclss evaluate printed no accuracy"
-"$vxclss" train "$work/first/training.csv" "${columns[@]}" -o "$work/parts.model"
-"$vxclss" run "$work/parts.model" "$work/first/inspected.csv" >"$work/decisions.csv"
-[[ $(wc -l <"$work/decisions.csv") -eq $(wc -l <"$work/first/inspected.csv") ]] ||
-  fail "vxclss run gave $(wc -l <"$work/decisions.csv") lines"
+# The commands of the page, in a folder that looks like the tree; fewer pictures will do.
+mkdir -p "$work/tree/build/release/examples/inspect_parts" "$work/tree/build/release/tools"
+ln -s "$vxclss" "$work/tree/build/release/tools/vxclss"
+cat >"$work/tree/build/release/examples/inspect_parts/inspect_parts" <<END
+#!/bin/sh
+exec "$inspect_parts" "\$@" --seed 3 --training 8 --inspected 2
+END
+chmod 755 "$work/tree/build/release/examples/inspect_parts/inspect_parts"
+sed -n '/^```sh$/,/^```$/p' "$page" | grep -vE '^(```|cmake )' >"$work/commands"
+[[ $(grep -c '^build/release/' "$work/commands") -eq 4 ]] || fail "$page has other commands"
+(cd "$work/tree" && bash -euo pipefail "$work/commands") >"$work/output" || fail "$page: failed"
+grep -q accuracy "$work/output" || fail "vxclss evaluate printed no accuracy"
+decisions=$(sed -n '/^row,category/,$p' "$work/output" | wc -l)
+[[ $decisions -eq $(wc -l <"$work/tree/build/parts/inspected.csv") ]] ||
+  fail "vxclss run printed $decisions lines"

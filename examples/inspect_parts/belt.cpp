@@ -16,6 +16,7 @@ constexpr int kHeight = 800;
 constexpr double kPi = 3.14159265358979323846;
 constexpr int kGap = 9;           // pixels at least between parts that don't touch
 constexpr int kMaxOverlap = 120;  // pixels at most of parts that do
+constexpr int kApproach = 260;    // pixels from which one part is moved towards another
 
 /// The pixels of the patch, widened by `gap` on all sides.
 cv::Mat1b maskOf(const Patch& patch, int gap) {
@@ -78,7 +79,7 @@ class Belt {
           middles_.at(static_cast<std::size_t>(random_.below(static_cast<int>(middles_.size())))) -
           cv::Point(patch.grey.cols / 2, patch.grey.rows / 2);
       const double direction = random_.between(0.0, 2.0 * kPi);
-      for (int away = 260; away > 0; --away) {
+      for (int away = kApproach; away > 0; --away) {
         const cv::Point place(target.x + static_cast<int>(away * std::cos(direction)),
                               target.y + static_cast<int>(away * std::sin(direction)));
         if (!isInside_(patch, place)) continue;

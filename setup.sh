@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what a build needs and this machine lacks; with --pictures, also what the example of parts
-# on a belt needs; with --python, what the Python module and its tests need; with --ci, both of these
-# and what the stricter checks need; with --docs, what makes the pages a site; with --packages, what
-# makes and checks Debian packages; with --peers, also the libraries that bench/peers measures beside this one; with --machines, also
-# the compilers and emulators that tests/machines builds and runs for other processors with.
+# Installs what a build needs and this machine lacks. An option adds what else is needed:
+#   --pictures   for the example of parts on a belt
+#   --python     for the Python module and its tests
+#   --ci         for the stricter checks, the two above included
+#   --docs       to make the pages a site
+#   --packages   to make and check Debian packages
+#   --peers      to measure other libraries beside this one (bench/peers)
+#   --machines   to build and run for other processors (tests/machines)
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkgconf libgtest-dev libgmock-dev libbenchmark-dev libfmt-dev

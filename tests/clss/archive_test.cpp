@@ -66,41 +66,32 @@ class ArchiveTest : public testing::Test {
     EXPECT_EQ(areEqual(expected, object), areEqual(expected, expected));
   }
 
-  /// Loads bytes that need not be an archive, in place or through a pointer.
-  void tryLoad(const std::string& bytes, bool throughPointer, std::size_t number) const {
+  /// Loads bytes that need not be an archive into an object.
+  void tryLoad(const std::string& bytes, std::size_t number) const {
     // However large a count, memory is taken for what has arrived only.
     constexpr std::size_t kMemory = 100'000;
     T target = other(number);
     const std::string before = inPlace(target);
-    std::shared_ptr<T> arrived;
     const AllocationMeter meter;
-    const bool loaded = succeedsOrRefuses([&] {
-      if (!throughPointer) {
-        loadFront(bytes, target);
-      } else if constexpr (isPersistent<T>) {
-        arrived = loadPointer<T>(bytes);
-      }
-    });
+    const bool loaded = succeedsOrRefuses([&] { loadFront(bytes, target); });
     EXPECT_LT(meter.bytes(), kMemory);
-    if (!loaded) {
-      expectLeft(target, before);
-    } else if (!throughPointer) {
+    if (loaded) {
       expectUsable(target, other(number));
-    } else if (arrived != nullptr) {
-      expectUsable(*arrived, other(number));
+    } else {
+      expectLeft(target, before);
     }
   }
 
-  /// Every other value of every byte; of a large archive, some values that hit counts and kinds.
+  /// Every other value of every byte; of a larger archive, some values that hit counts and kinds.
   template <class Check>
   static void forEachChange(const std::string& bytes, Check check) {
-    constexpr std::size_t kSmall = 64;
+    constexpr std::size_t kSmall = 16;
     if (bytes.size() <= kSmall) {
       forEachByteChange(bytes, check);
       return;
     }
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-      for (const int change : {0x01, 0x02, 0x03, 0x10, 0x40, 0x7f, 0x80, 0xff}) {
+      for (const int change : {0x01, 0x03, 0x40, 0x80, 0xff}) {
         SCOPED_TRACE("byte " + std::to_string(i) + " ^ " + std::to_string(change));
         std::string changed = bytes;
         changed[i] = static_cast<char>(static_cast<unsigned char>(changed[i]) ^ change);
@@ -199,14 +190,11 @@ TYPED_TEST(ArchiveTest, RefusesEachTruncation) {
   });
 }
 
-TYPED_TEST(ArchiveTest, SurvivesEachByteChange) {
+// Through a pointer: reliability/every_byte_test.cpp.
+TYPED_TEST(ArchiveTest, SurvivesEachByteChangeInPlace) {
   this->forEachSample([this](const Sample<TypeParam>& sample, std::size_t i) {
     this->forEachChange(inPlace(sample.object),
-                        [&](const std::string& bytes) { this->tryLoad(bytes, false, i); });
-    if constexpr (isPersistent<TypeParam>) {
-      this->forEachChange(whole(sample.object),
-                          [&](const std::string& bytes) { this->tryLoad(bytes, true, i); });
-    }
+                        [&](const std::string& bytes) { this->tryLoad(bytes, i); });
   });
 }
 

@@ -14,11 +14,10 @@
 namespace {
 
 using samples::Everything;
+using samples::kNodeName;
 using samples::Node;
 using samples::Trouble;
 using NodeHandle = vxPtrHandle<Node>;
-
-const std::string kNodeName = "0d000000 73616d706c65733a3a4e6f6465 ";
 
 /// An object by pointer, then an error by pointer, as a host's file may hold them.
 std::string compositeBytes() {
@@ -220,17 +219,17 @@ TEST(HostileArchiveTest, ReservesLittleForACountAlone) {
 TEST(HostileArchiveTest, TakesMemoryInProportionToTheBytesThatAreThere) {
   constexpr std::size_t kBytes = 1 << 20;
   // A vector that grows takes all its sizes one after another, twice the last one in the end.
-  constexpr std::size_t kMost = 16 * kBytes;
+  constexpr std::size_t kMostBytes = 16 * kBytes;
   const std::string content(kBytes, '\0');
   const std::string count = fromHex("00 ffffffff");
-  EXPECT_LT(bytesTaken<std::vector<bool>>(count + content), kMost);
-  EXPECT_LT(bytesTaken<std::vector<double>>(count + content), kMost);
-  EXPECT_LT(bytesTaken<std::vector<long>>(count + content), kMost);
-  EXPECT_LT(bytesTaken<std::wstring>(fromHex("ffffffff") + content), kMost);
-  EXPECT_LT(bytesTaken<vxNMMatrix>(fromHex("ffffff7f 01000000") + content), kMost);
+  EXPECT_LT(bytesTaken<std::vector<bool>>(count + content), kMostBytes);
+  EXPECT_LT(bytesTaken<std::vector<double>>(count + content), kMostBytes);
+  EXPECT_LT(bytesTaken<std::vector<long>>(count + content), kMostBytes);
+  EXPECT_LT(bytesTaken<std::wstring>(fromHex("ffffffff") + content), kMostBytes);
+  EXPECT_LT(bytesTaken<vxNMMatrix>(fromHex("ffffff7f 01000000") + content), kMostBytes);
   // An element may be larger than its shortest form: a handle for one byte, a string for four.
-  EXPECT_LT(bytesTaken<std::vector<NodeHandle>>(count + content), 4 * kMost);
-  EXPECT_LT(bytesTaken<std::vector<std::wstring>>(count + content), 4 * kMost);
+  EXPECT_LT(bytesTaken<std::vector<NodeHandle>>(count + content), 4 * kMostBytes);
+  EXPECT_LT(bytesTaken<std::vector<std::wstring>>(count + content), 4 * kMostBytes);
 }
 
 TEST(HostileArchiveTest, TakesMemoryInProportionForObjects) {

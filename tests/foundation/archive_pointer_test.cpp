@@ -15,12 +15,12 @@
 namespace {
 
 using samples::Bottom;
+using samples::kNodeName;
 using samples::Node;
 using samples::Trouble;
 using NodeHandle = vxPtrHandle<Node>;
 
-// "samples::Node" with its length, and "samples::Trouble".
-const std::string kNodeName = "0d000000 73616d706c65733a3a4e6f6465 ";
+// "samples::Trouble" with its length.
 const std::string kTroubleName = "10000000 73616d706c65733a3a54726f75626c65 ";
 
 /// Loads one pointer after another from bytes that it keeps.

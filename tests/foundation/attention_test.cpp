@@ -8,12 +8,11 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/host_error.h"
 #include "vxfoundation/exception.h"
 #include "vxfoundation/status.h"
 
 namespace {
-
-struct HostError {};
 
 struct Host {
   std::atomic<bool> stop{false};

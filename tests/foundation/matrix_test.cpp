@@ -8,11 +8,11 @@
 
 #include "tests/support/archive_helpers.h"
 #include "tests/support/error_matcher.h"
+#include "tests/support/numbers.h"
 #include "vxfoundation/archive.h"
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr long kMostLong = std::numeric_limits<long>::max();
 
 /// 2 x 3, the element (r, c) being 10 r + c.

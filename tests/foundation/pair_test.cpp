@@ -8,6 +8,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "tests/support/numbers.h"
+
 namespace {
 
 static_assert(std::is_same_v<decltype(vxPair<double>::first), double>);
@@ -31,7 +33,6 @@ TEST(PairTest, KeepsTheOrderOfItsValues) {
 }
 
 TEST(PairTest, KeepsAnyDouble) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const vxPair<double> pair(-kInfinity, std::numeric_limits<double>::quiet_NaN());
   EXPECT_EQ(pair.first, -kInfinity);
   EXPECT_NE(pair.second, pair.second);

@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/numbers.h"
+
 namespace {
 
-constexpr double kMost = std::numeric_limits<double>::max();
 constexpr double kLeast = std::numeric_limits<double>::denorm_min();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 static_assert(!std::is_convertible_v<long, vxRandomUniform>);
 static_assert(!std::is_convertible_v<long, vxRandomGaussian>);

@@ -4,17 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <type_traits>
 
 #include "tests/support/archive_helpers.h"
+#include "tests/support/numbers.h"
 #include "vxfoundation/archive.h"
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kMost = std::numeric_limits<double>::max();
 
 static_assert(std::is_copy_assignable_v<vxRange>);
 

@@ -354,8 +354,6 @@ TEST_P(AllocationTrainingTest, FailsAndLeavesAStateThatIsDocumented) {
   showFigure("failed allocations", GetParam().failEachAllocation());
 }
 
-std::string nameOf(const testing::TestParamInfo<NamedOperation>& info) { return info.param.name; }
-
 INSTANTIATE_TEST_SUITE_P(Densities, AllocationTrainingTest, testing::ValuesIn(densityOperations()),
                          nameOf);
 INSTANTIATE_TEST_SUITE_P(Models, AllocationTrainingTest, testing::ValuesIn(modelOperations()),

@@ -289,8 +289,6 @@ TEST_P(AllocationValuesTest, FailsAndLeavesItsObjectAsItWas) {
   showFigure("failed allocations", GetParam().failEachAllocation());
 }
 
-std::string nameOf(const testing::TestParamInfo<NamedOperation>& info) { return info.param.name; }
-
 INSTANTIATE_TEST_SUITE_P(Records, AllocationValuesTest, testing::ValuesIn(recordOperations()),
                          nameOf);
 INSTANTIATE_TEST_SUITE_P(Parameters, AllocationValuesTest, testing::ValuesIn(parameterOperations()),

@@ -114,4 +114,14 @@ bool succeedsOrRefuses(Body&& body) {
   }
 }
 
+/// As many zero bytes as versions.
+inline void writeVersions(vxArchive& archive, int count) {
+  for (unsigned char version = 0; count > 0; --count) archive || version;
+}
+
+inline void writePointer(vxArchive& archive, const vxPersistent* object) {
+  vxPersistent* unused = nullptr;
+  vxPersistent::serializePointer(archive, object, unused);
+}
+
 #endif  // TESTS_SUPPORT_ARCHIVE_HELPERS_H_

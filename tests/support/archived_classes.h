@@ -2,11 +2,11 @@
 #ifndef TESTS_SUPPORT_ARCHIVED_CLASSES_H_
 #define TESTS_SUPPORT_ARCHIVED_CLASSES_H_
 
-#include <limits>
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include "tests/support/numbers.h"
 #include "vxclss/vxclss.h"
 #include "vxfoundation/vxfoundation.h"
 
@@ -49,11 +49,9 @@ struct Archived<T, std::enable_if_t<std::is_base_of_v<vxClassifierDefs::Errors, 
 template <>
 struct Archived<vxFeaturePattern> {
   static Samples<vxFeaturePattern> samples() {
-    constexpr double kInf = std::numeric_limits<double>::infinity();
-    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
     return {{"empty", {{}, {}}},
-            {"rich", {{1.5, -0.0, 0.1, -kInf}, {1, 3}}},
-            {"nan", {{2.0, kNan}, {}}}};
+            {"rich", {{1.5, -0.0, 0.1, -kInfinity}, {1, 3}}},
+            {"nan", {{2.0, kNaN}, {}}}};
   }
   static void use(const vxFeaturePattern& pattern) {
     const long last = pattern.numMeasurements() - 1;

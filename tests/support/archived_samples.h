@@ -40,6 +40,9 @@ class Node : public vxPersistent, public vxRepBase {
   vxPtrHandle<Node> next_;
 };
 
+/// Its class name with the length before it, as an archive has it.
+inline const std::string kNodeName = "0d000000 73616d706c65733a3a4e6f6465 ";
+
 /// A virtual diamond; every level has one number.
 class Base : public virtual vxPersistent, public virtual vxRepBase {
  public:

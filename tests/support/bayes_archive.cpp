@@ -9,15 +9,6 @@
 
 namespace {
 
-void writeVersions(vxArchive& archive, int count) {
-  for (unsigned char version = 0; count > 0; --count) archive || version;
-}
-
-void writePointer(vxArchive& archive, const vxPersistent* object) {
-  vxPersistent* unused = nullptr;
-  vxPersistent::serializePointer(archive, object, unused);
-}
-
 void writePointers(vxArchive& archive, const std::vector<const vxPersistent*>& objects) {
   writeVersions(archive, 1);
   auto count = static_cast<unsigned long>(objects.size());

@@ -6,16 +6,14 @@
 
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "kernel/normal_density.h"
+#include "tests/support/numbers.h"
 
 using Patterns = std::vector<vx_KernelPattern>;
-
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 inline bool isMarked(double value) { return value == 0.0 && std::signbit(value); }
 
@@ -29,7 +27,7 @@ inline std::string bitsOf(const vx_NormalDensity& density) {
 }
 
 inline double valueAt(const vx_NormalDensity& density, const vx_KernelPattern& pattern) {
-  double value = kNan;
+  double value = kNaN;
   EXPECT_EQ(density.logDensity(pattern, value), 0);
   return value;
 }
@@ -57,7 +55,7 @@ inline Patterns randomPatterns(std::mt19937_64& random, std::size_t d, std::size
                                magnitudes[random() % 5]);
       if (withInvalid && random() % 4 == 0) {
         pattern.invalidIndices.push_back(static_cast<std::int32_t>(i));
-        if (random() % 2 == 0) pattern.values.back() = kNan;
+        if (random() % 2 == 0) pattern.values.back() = kNaN;
       }
     }
   }

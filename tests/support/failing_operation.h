@@ -112,6 +112,10 @@ struct NamedOperation {
   std::function<int()> failEachAllocation;
 };
 
+inline std::string nameOf(const testing::TestParamInfo<NamedOperation>& info) {
+  return info.param.name;
+}
+
 template <class Subject>
 NamedOperation named(const std::string& name, FailingOperation<Subject> operation) {
   return {name, [operation = std::move(operation)] { return failEachAllocation(operation); }};

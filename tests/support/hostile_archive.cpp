@@ -39,15 +39,6 @@ namespace {
 
 vxPersistent* makeNothing() { return nullptr; }
 
-void writeVersions(vxArchive& archive, int count) {
-  for (unsigned char version = 0; count > 0; --count) archive || version;
-}
-
-void writePointer(vxArchive& archive, const vxPersistent* object) {
-  vxPersistent* unused = nullptr;
-  vxPersistent::serializePointer(archive, object, unused);
-}
-
 std::string pointerBytes(const vxPersistent& object, bool insideATool) {
   const vx_Instantiator classifier(typeid(forged::Neighbor), &makeNothing);
   const vx_Instantiator params(typeid(forged::TrainParamsHostile), &makeNothing);

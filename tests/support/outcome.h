@@ -8,13 +8,11 @@
 #include <string>
 
 #include "tests/support/attention_counter.h"
+#include "tests/support/host_error.h"
 #include "vxclss/feature_pattern.h"
 #include "vxclss/result.h"
 #include "vxfoundation/exception.h"
 #include "vxfoundation/text.h"
-
-/// What a metric or a provider of a host throws.
-struct HostError {};
 
 /// Every bit of a number, so that a NaN equals itself and -0 differs from 0.
 inline std::string bitsOf(double value) {

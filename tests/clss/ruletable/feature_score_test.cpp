@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <ostream>
 #include <random>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "tests/support/error_matcher.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_rules.h"
 #include "vxclss/errors.h"
 
@@ -21,10 +21,6 @@ using Ignore = vxClassifierFeatureScoreIgnore;
 using OneSided = vxClassifierFeatureScoreOneSided;
 using TwoSided = vxClassifierFeatureScoreTwoSided;
 using vxClassifierDefs::BadParams;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kTiny = std::numeric_limits<double>::denorm_min();
 
 constexpr wchar_t kBadY0[] = L"y0 must be between 0 and 1";
 constexpr wchar_t kBadY1[] = L"y1 must be between 0 and 1";

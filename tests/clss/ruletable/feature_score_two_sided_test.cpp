@@ -3,11 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <random>
 #include <vector>
 
 #include "tests/support/error_matcher.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_rules.h"
 #include "vxclss/errors.h"
 #include "vxclss/feature_score.h"
@@ -17,9 +17,6 @@ namespace {
 using OneSided = vxClassifierFeatureScoreOneSided;
 using TwoSided = vxClassifierFeatureScoreTwoSided;
 using vxClassifierDefs::BadParams;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kTiny = std::numeric_limits<double>::denorm_min();
 
 constexpr wchar_t kBadY0[] = L"y0 must be between 0 and 1";
 constexpr wchar_t kBadY1[] = L"y1 must be between 0 and 1";

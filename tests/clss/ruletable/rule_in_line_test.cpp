@@ -3,12 +3,12 @@
 
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
+#include "tests/support/numbers.h"
 #include "tests/support/outcome.h"
 #include "tests/support/plain_rules.h"
 #include "vxclss/errors.h"
@@ -19,9 +19,6 @@ namespace {
 using Handle = vxPtrHandle<vxClsFtSc>;
 using OneSided = vxClassifierFeatureScoreOneSided;
 using TwoSided = vxClassifierFeatureScoreTwoSided;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// Another answer than its base gives.
 class Halved : public TwoSided {

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <ostream>
 #include <random>
 #include <string>
@@ -13,20 +12,17 @@
 
 #include "tests/support/allocation_meter.h"
 #include "tests/support/archive_helpers.h"
+#include "tests/support/host_error.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_rules.h"
 #include "tests/support/unknown_version.h"
 #include "vxclss/errors.h"
 
 namespace {
 
-/// What a function of a host throws.
-struct HostError {};
-
 using Handle = vxPtrHandle<vxClsFtSc>;
 using vxClassifierDefs::BadParams;
 using vxClassifierDefs::NotTrained;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 constexpr wchar_t kBadThreshold[] = L"hardThreshold < 0 || hardThreshold > 1";
 constexpr wchar_t kNotTrained[] = L"the rule table needs to be trained before it can classify";

@@ -7,15 +7,13 @@
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
+#include "tests/support/host_error.h"
 #include "tests/support/plain_rules.h"
 #include "tests/support/unknown_version.h"
 #include "vxclss/errors.h"
 #include "vxclss/rule_table.h"
 
 namespace {
-
-/// What a function of a host throws.
-struct HostError {};
 
 using Handle = vxPtrHandle<vxClsFtSc>;
 using vxClassifierDefs::BadParams;

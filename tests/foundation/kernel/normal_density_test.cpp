@@ -114,7 +114,7 @@ TEST(NormalDensityTest, CountsNoSampleWithoutAValidMeasurement) {
 
 TEST(NormalDensityTest, LeavesInvalidMeasurementsOut) {
   const vx_NormalDensity density =
-      densityOf({{{1.0, kNan}, {1}}, {{2.0, 10.0}, {}}, {{kNan, 12.0}, {0}}, {{6.0, 20.0}, {}}});
+      densityOf({{{1.0, kNaN}, {1}}, {{2.0, 10.0}, {}}, {{kNaN, 12.0}, {0}}, {{6.0, 20.0}, {}}});
   EXPECT_EQ(density.sampleCount(), 4);
   EXPECT_DOUBLE_EQ(density.mean(0), 3.0);
   EXPECT_DOUBLE_EQ(density.mean(1), 14.0);
@@ -219,14 +219,14 @@ TEST(NormalDensityTest, HasTheSameBitsHoweverItsSamplesAreGrouped) {
 }
 
 TEST(NormalDensityTest, CarriesANaNThatIsValid) {
-  vx_NormalDensity density = densityOf({{{1.0, 1.0}, {}}, {{kNan, 2.0}, {}}, {{3.0, 5.0}, {}}});
+  vx_NormalDensity density = densityOf({{{1.0, 1.0}, {}}, {{kNaN, 2.0}, {}}, {{3.0, 5.0}, {}}});
   EXPECT_TRUE(std::isnan(density.mean(0)));
   EXPECT_TRUE(std::isnan(density.covariance(0, 0)));
   EXPECT_FALSE(std::isnan(density.covariance(1, 1)));
   EXPECT_TRUE(std::isnan(valueAt(density, {{1.0, 1.0}, {}})));
   EXPECT_FALSE(std::isnan(valueAt(density, {{1.0, 1.0}, {0}})));
   const vx_NormalDensity sound = densityOf({{{1.0}, {}}, {{2.0}, {}}});
-  EXPECT_TRUE(std::isnan(valueAt(sound, {{kNan}, {}})));
+  EXPECT_TRUE(std::isnan(valueAt(sound, {{kNaN}, {}})));
 }
 
 TEST(NormalDensityTest, KeepsOneFactorUntilItChanges) {

@@ -5,8 +5,9 @@
 
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <vector>
+
+#include "tests/support/numbers.h"
 
 namespace {
 
@@ -107,9 +108,7 @@ TEST(NormalFactorTest, RegularisesAnIndefiniteMatrix) {
 }
 
 TEST(NormalFactorTest, EndsWithWhateverNumbersItIsGiven) {
-  constexpr double kInf = std::numeric_limits<double>::infinity();
-  constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-  for (const double odd : {kInf, -kInf, kNan, -1.0, 1e308, -1e308, 5e-324, -0.0}) {
+  for (const double odd : {kInfinity, -kInfinity, kNaN, -1.0, 1e308, -1e308, 5e-324, -0.0}) {
     for (std::size_t place = 0; place < 4; ++place) {
       std::vector<double> covariance = {1.0, 0.0, 0.0, 1.0};
       covariance[place] = odd;

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <ostream>
 #include <random>
@@ -20,6 +19,7 @@
 #include "kernel/normal_lanes.h"
 #include "tests/support/allocation_meter.h"
 #include "tests/support/bayes_kernel.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_normal.h"
 #include "tests/support/simd_levels.h"
 
@@ -65,8 +65,7 @@ double large(std::mt19937_64& random, std::size_t) {
 }
 
 double odd(std::mt19937_64& random, std::size_t) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  constexpr double kOdd[] = {kNan, kInfinity, -kInfinity};
+  constexpr double kOdd[] = {kNaN, kInfinity, -kInfinity};
   return random() % 40 == 0 ? kOdd[random() % 3] : fraction(random);
 }
 

@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <fstream>
-#include <limits>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "tests/support/archive_helpers.h"
 #include "tests/support/bayes_archive.h"
 #include "tests/support/bayes_probe.h"
+#include "tests/support/numbers.h"
 #include "tests/support/outcome.h"
 #include "tests/support/plain_bayes.h"
 #include "tests/support/samples.h"
@@ -25,8 +25,6 @@ using Types = vxClassifierDistributionTypes;
 using vxClassifierDefs::BadParams;
 using vxClassifierDefs::InsufficientTrainData;
 using vxClassifierDefs::NotTrained;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 vxClassifierTrainParamsBayesian paramsOf(const Types& types = Types()) {
   return {types, vxClassifierFrequencies(1.0), vxClassifierCosts(1.0), {{}, {}}};
@@ -119,8 +117,8 @@ TEST(ClassifierBayesianRunTest, LetsNoNaNWin) {
   EXPECT_EQ(result.matchScoreFactorLog(), 4.0);
   EXPECT_TRUE(std::isnan(of(result, 10).matchScore()));
   EXPECT_EQ(of(result, 11).matchScore(), 1.0);
-  EXPECT_EQ(runOf(withScores({nan, nan}), {{0.0}, {}}).matchScoreFactorLog(), kInf);
-  EXPECT_EQ(runOf(withScores({-kInf, 3.0}), {{0.0}, {}}).matchScoreFactorLog(), -3.0);
+  EXPECT_EQ(runOf(withScores({nan, nan}), {{0.0}, {}}).matchScoreFactorLog(), kInfinity);
+  EXPECT_EQ(runOf(withScores({-kInfinity, 3.0}), {{0.0}, {}}).matchScoreFactorLog(), -3.0);
 }
 
 TEST(ClassifierBayesianRunTest, HasNoNegativeZeroFactor) {

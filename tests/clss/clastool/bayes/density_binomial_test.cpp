@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <ostream>
 #include <random>
 #include <string>
@@ -12,6 +11,7 @@
 #include "tests/support/archive_helpers.h"
 #include "tests/support/bayes_archive.h"
 #include "tests/support/bayes_host.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_bayes.h"
 #include "tests/support/unknown_version.h"
 #include "vxclss/density.h"
@@ -31,9 +31,6 @@ constexpr wchar_t kMultivariate[] = L"Multivariate Binomial Distributions are no
 constexpr wchar_t kAbove[] = L"Feature measurement must be <= specified maximum value";
 constexpr wchar_t kTrainAbove[] =
     L"Train data measurement cannot exceed its maximum value when using binomial distribution";
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 vxFeaturePattern one(double value) { return {{value}, {}}; }
 vxFeaturePattern invalid() { return {{77.0}, {0}}; }
@@ -185,8 +182,8 @@ TEST(DensityBinomialTest, ChecksEverySampleBeforeItLearns) {
 
 TEST(DensityBinomialTest, LetsANaNPass) {
   vx_PDFBinomial density = trained(10.0, {2.0, 4.0});
-  EXPECT_NO_THROW(density.logValue(one(kNan)));
-  density.updateWithData({one(kNan)});
+  EXPECT_NO_THROW(density.logValue(one(kNaN)));
+  density.updateWithData({one(kNaN)});
   EXPECT_TRUE(std::isnan(density.theta()));
   EXPECT_EQ(density.numTrials(), 11);
   EXPECT_TRUE(std::isnan(density.logValue(one(1.0))));
@@ -194,9 +191,9 @@ TEST(DensityBinomialTest, LetsANaNPass) {
 
 TEST(DensityBinomialTest, DoesNotGuardThetaOfZeroAndOne) {
   EXPECT_TRUE(std::isnan(densityOf(4, 0.0, 1.0).logValue(one(0.0))));
-  EXPECT_EQ(densityOf(4, 0.0, 1.0).logValue(one(0.5)), -kInf);
+  EXPECT_EQ(densityOf(4, 0.0, 1.0).logValue(one(0.5)), -kInfinity);
   EXPECT_TRUE(std::isnan(densityOf(4, 1.0, 1.0).logValue(one(1.0))));
-  EXPECT_EQ(densityOf(4, 1.0, 1.0).logValue(one(0.5)), -kInf);
+  EXPECT_EQ(densityOf(4, 1.0, 1.0).logValue(one(0.5)), -kInfinity);
 }
 
 TEST(DensityBinomialTest, RoundsTheNumberOfSuccesses) {
@@ -285,11 +282,11 @@ TEST(DensityBinomialTest, ConvertsAnyNumberToAnInteger) {
                       {2147483647.0, 2147483647},
                       {2147483648.0, 2147483647},
                       {1e300, 2147483647},
-                      {kInf, 2147483647},
+                      {kInfinity, 2147483647},
                       {-2147483648.9, -2147483647L - 1},
                       {-1e300, -2147483647L - 1},
-                      {-kInf, -2147483647L - 1},
-                      {kNan, 0}};
+                      {-kInfinity, -2147483647L - 1},
+                      {kNaN, 0}};
   for (const Row& row : rows) EXPECT_EQ(vx_saturatingCast(row.value), row.expected) << row.value;
 }
 
@@ -321,10 +318,10 @@ TEST(DensityBinomialTest, ComparesWithoutItsSamples) {
 }
 
 TEST(DensityBinomialTest, TakesANaNForEqualToAnything) {
-  EXPECT_TRUE(densityOf(3, kNan, 1.0) == densityOf(3, 0.5, 1.0));
-  EXPECT_TRUE(densityOf(3, 0.5, 1.0) == densityOf(3, 0.5, kNan));
-  EXPECT_TRUE(densityOf(3, kNan, kNan) == densityOf(3, kNan, kNan));
-  EXPECT_FALSE(densityOf(3, kNan, 1.0) == densityOf(4, kNan, 1.0));
+  EXPECT_TRUE(densityOf(3, kNaN, 1.0) == densityOf(3, 0.5, 1.0));
+  EXPECT_TRUE(densityOf(3, 0.5, 1.0) == densityOf(3, 0.5, kNaN));
+  EXPECT_TRUE(densityOf(3, kNaN, kNaN) == densityOf(3, kNaN, kNaN));
+  EXPECT_FALSE(densityOf(3, kNaN, 1.0) == densityOf(4, kNaN, 1.0));
 }
 
 TEST(DensityBinomialTest, CopiesItsSamplesToo) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/error_matcher.h"
+#include "tests/support/host_error.h"
 #include "tests/support/mock_technique.h"
 #include "tests/support/samples.h"
 #include "vxclss/errors.h"
@@ -22,8 +23,6 @@ constexpr wchar_t kOtherTechnique[] = L"Cannot retrain with a different classifi
 constexpr wchar_t kNoParams[] = L"Classifier tool was not automatically trained.";
 constexpr wchar_t kParamsUntrained[] =
     L"Classifier tool must be trained before requesting the training parameters.";
-
-struct HostError {};
 
 class ClassifierTest : public testing::Test {
  protected:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include "tests/support/host_error.h"
 #include "tests/support/mock_technique.h"
 #include "tests/support/samples.h"
 #include "vxclss/classifier_knn.h"
@@ -9,8 +10,6 @@
 namespace {
 
 using Calls = MockScript::Calls;
-
-struct HostError {};
 
 class ClassifierToolCopyTest : public testing::Test {
  protected:

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "tests/support/error_matcher.h"
+#include "tests/support/host_error.h"
 #include "tests/support/mock_technique.h"
 #include "tests/support/samples.h"
 #include "vxclss/errors.h"
@@ -28,8 +29,6 @@ constexpr wchar_t kParamsUntrained[] =
     L"Classifier tool must be trained before requesting the training parameters.";
 constexpr wchar_t kRetrainUntrained[] = L"Classifier tool must be trained before retraining.";
 constexpr wchar_t kRunUntrained[] = L"Classifier tool must be trained before running.";
-
-struct HostError {};
 
 /// A library error that a host has extended; `detail` is lost where it is copied as its base.
 struct HostRefusal : vxClassifierDefs::InsufficientTrainData {

@@ -4,18 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <limits>
 #include <random>
 #include <vector>
 
+#include "tests/support/numbers.h"
 #include "tests/support/plain_result.h"
 #include "vxclss/result.h"
 
 namespace {
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kTiny = std::numeric_limits<double>::denorm_min();
 
 std::vector<long> sortedPlaces(const std::vector<double>& costs) {
   std::vector<vx_PlacedCost> items;
@@ -69,7 +65,7 @@ TEST(CostOrderTest, TellsApartWhatDiffersInTheLastBit) {
 
 TEST(CostOrderTest, SortsNumbersOfEverySize) {
   expectPlainOrder([](std::mt19937_64& random) {
-    const double sizes[] = {0.0, kTiny, 1e-310, 1e-300, 1e-9, 1.0, 1e300, kInf};
+    const double sizes[] = {0.0, kTiny, 1e-310, 1e-300, 1e-9, 1.0, 1e300, kInfinity};
     return sizes[random() % 8] * (1.0 + fraction(random));
   });
 }
@@ -84,7 +80,7 @@ TEST(CostOrderTest, TakesBothZerosForEqual) {
 TEST(CostOrderTest, DoesWithNanWhatInsertingAndMergingRunsDoes) {
   for (const unsigned oneIn : {2u, 5u, 100u}) {
     expectPlainOrder([oneIn](std::mt19937_64& random) {
-      return random() % oneIn == 0 ? kNan : fraction(random);
+      return random() % oneIn == 0 ? kNaN : fraction(random);
     });
   }
 }

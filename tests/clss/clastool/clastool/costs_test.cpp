@@ -11,6 +11,7 @@
 
 #include "tests/support/archive_helpers.h"
 #include "tests/support/error_matcher.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_result.h"
 #include "tests/support/unknown_version.h"
 #include "vxclss/errors.h"
@@ -21,9 +22,6 @@ namespace {
 using vxClassifierDefs::BadLabel;
 using vxClassifierDefs::BadParams;
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kSmallest = std::numeric_limits<double>::denorm_min();
 constexpr long kMostNegative = std::numeric_limits<long>::min();
 
 const wchar_t* const kNegativeCost = L"Costs must be >= 0.0";
@@ -49,7 +47,7 @@ TEST(CostsTest, HasADefaultForEveryPair) {
 }
 
 TEST(CostsTest, AcceptsEveryCostThatIsNotNegative) {
-  for (const double cost : {0.0, -0.0, kSmallest, 1.0, kInf}) {
+  for (const double cost : {0.0, -0.0, kTiny, 1.0, kInfinity}) {
     vxClassifierCosts costs(cost);
     EXPECT_EQ(costs.defaultMisclassificationCost(), cost);
     costs.misclassificationCostOverride(0, 1, cost);
@@ -58,7 +56,7 @@ TEST(CostsTest, AcceptsEveryCostThatIsNotNegative) {
 }
 
 TEST(CostsTest, RefusesANegativeCost) {
-  for (const double cost : {-kSmallest, -1.0, -kInf}) {
+  for (const double cost : {-kTiny, -1.0, -kInfinity}) {
     expectThrows<BadParams>([cost] { vxClassifierCosts{cost}; }, kNegativeCost);
     vxClassifierCosts costs = filled();
     expectRefused<BadParams>(
@@ -159,10 +157,10 @@ TEST(CostsTest, ComparesEveryField) {
 }
 
 TEST(CostsTest, DiffersFromItselfWhereItHoldsANan) {
-  const vxClassifierCosts costs(kNan);
+  const vxClassifierCosts costs(kNaN);
   EXPECT_FALSE(costs == costs);
   vxClassifierCosts overridden(1.0);
-  overridden.misclassificationCostOverride(0, 1, kNan);
+  overridden.misclassificationCostOverride(0, 1, kNaN);
   EXPECT_FALSE(overridden == overridden);
 }
 

@@ -13,6 +13,7 @@
 
 #include "tests/support/archive_helpers.h"
 #include "tests/support/error_matcher.h"
+#include "tests/support/numbers.h"
 #include "tests/support/unknown_version.h"
 #include "vxclss/errors.h"
 #include "vxfoundation/archive.h"
@@ -23,8 +24,6 @@ namespace {
 using vxClassifierDefs::BadFeatures;
 using vxClassifierDefs::BadIndex;
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr long kLargest = std::numeric_limits<long>::max();
 constexpr long kSmallest = std::numeric_limits<long>::min();
 
@@ -61,7 +60,7 @@ TEST(FeaturePatternTest, CanBeEmpty) {
 }
 
 TEST(FeaturePatternTest, HoldsItsMeasurements) {
-  const std::vector<double> numbers = {1.5, -0.0, kInf, 0x1.fffffffffffffp+1023};
+  const std::vector<double> numbers = {1.5, -0.0, kInfinity, 0x1.fffffffffffffp+1023};
   const vxFeaturePattern pattern(numbers, {});
   EXPECT_EQ(pattern.numMeasurements(), 4);
   EXPECT_EQ(pattern.numInvalid(), 0);
@@ -152,16 +151,16 @@ TEST(FeaturePatternTest, ComparesNumbersAndFlags) {
     EXPECT_FALSE(other == pattern) << name;
   }
   EXPECT_TRUE(vxFeaturePattern({0.0}, {}) == vxFeaturePattern({-0.0}, {}));
-  EXPECT_TRUE(vxFeaturePattern({kInf}, {}) == vxFeaturePattern({kInf}, {}));
+  EXPECT_TRUE(vxFeaturePattern({kInfinity}, {}) == vxFeaturePattern({kInfinity}, {}));
 }
 
 TEST(FeaturePatternTest, DiffersFromItselfWhereItHoldsANan) {
-  const vxFeaturePattern pattern({1.0, kNan}, {});
+  const vxFeaturePattern pattern({1.0, kNaN}, {});
   EXPECT_FALSE(pattern == pattern);
   EXPECT_TRUE(pattern != pattern);
   EXPECT_FALSE(pattern == vxFeaturePattern({1.0, 2.0}, {}));
   EXPECT_FALSE(vxFeaturePattern({1.0, 2.0}, {}) == pattern);
-  const vxFeaturePattern hidden({1.0, kNan}, {1});
+  const vxFeaturePattern hidden({1.0, kNaN}, {1});
   EXPECT_FALSE(hidden == hidden) << "an invalid NaN is still a NaN";
 }
 

@@ -10,6 +10,7 @@
 
 #include "tests/support/archive_helpers.h"
 #include "tests/support/error_matcher.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_result.h"
 #include "tests/support/unknown_version.h"
 #include "vxclss/errors.h"
@@ -19,10 +20,6 @@ namespace {
 
 using vxClassifierDefs::BadLabel;
 using vxClassifierDefs::BadParams;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kSmallest = std::numeric_limits<double>::denorm_min();
 
 const wchar_t* const kNotPositive = L"Category frequencies must be > 0.0";
 const wchar_t* const kNegativeLabel = L"Category labels must be >= 0";
@@ -46,7 +43,7 @@ TEST(FrequenciesTest, HasADefaultForEveryCategory) {
 }
 
 TEST(FrequenciesTest, AcceptsEveryPositiveFrequency) {
-  for (const double frequency : {kSmallest, 1.0, 1e300, kInf}) {
+  for (const double frequency : {kTiny, 1.0, 1e300, kInfinity}) {
     vxClassifierFrequencies frequencies(frequency);
     EXPECT_EQ(frequencies.defaultCategoryFrequency(), frequency);
     frequencies.categoryFrequencyOverride(0, frequency);
@@ -55,7 +52,7 @@ TEST(FrequenciesTest, AcceptsEveryPositiveFrequency) {
 }
 
 TEST(FrequenciesTest, RefusesAFrequencyThatIsNotPositive) {
-  for (const double frequency : {0.0, -0.0, -kSmallest, -kInf}) {
+  for (const double frequency : {0.0, -0.0, -kTiny, -kInfinity}) {
     expectThrows<BadParams>([frequency] { vxClassifierFrequencies{frequency}; }, kNotPositive);
     vxClassifierFrequencies frequencies = filled();
     expectRefused<BadParams>(
@@ -124,10 +121,10 @@ TEST(FrequenciesTest, ComparesEveryField) {
 }
 
 TEST(FrequenciesTest, DiffersFromItselfWhereItHoldsANan) {
-  const vxClassifierFrequencies frequencies(kNan);
+  const vxClassifierFrequencies frequencies(kNaN);
   EXPECT_FALSE(frequencies == frequencies);
   vxClassifierFrequencies overridden(1.0);
-  overridden.categoryFrequencyOverride(0, kNan);
+  overridden.categoryFrequencyOverride(0, kNaN);
   EXPECT_FALSE(overridden == overridden);
 }
 

@@ -9,17 +9,16 @@
 #include <random>
 #include <vector>
 
+#include "tests/support/numbers.h"
 #include "tests/support/simd_levels.h"
 #include "tests/support/weighting_problem.h"
 
 namespace {
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-
 /// Numbers of all sizes, now and then one that is none.
 double anyNumber(std::mt19937_64& random) {
-  const double odd[] = {0.0, -0.0, std::numeric_limits<double>::denorm_min(), 1e308, kInf, kNan};
+  const double odd[] = {0.0,   -0.0,      std::numeric_limits<double>::denorm_min(),
+                        1e308, kInfinity, kNaN};
   if (random() % 50 == 0) return odd[random() % 6];
   const double fraction = static_cast<double>(random() >> 11) * 0x1p-53 - 0.25;
   return std::ldexp(fraction, static_cast<int>(random() % 60));

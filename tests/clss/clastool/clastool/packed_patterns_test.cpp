@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <limits>
 #include <memory>
 #include <ostream>
 #include <utility>
@@ -13,6 +12,7 @@
 
 #include "tests/clss/clastool/knn/knn_data.h"
 #include "tests/support/archive_helpers.h"
+#include "tests/support/numbers.h"
 #include "tests/support/samples.h"
 #include "tests/support/simd_levels.h"
 
@@ -20,8 +20,6 @@ namespace {
 
 using Patterns = vx_PackedPatterns::Patterns;
 constexpr std::size_t kLanes = vx_PackedPatterns::kLanes;
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 std::vector<vxPtrHandle<vxFeaturePattern>> changeable(std::size_t count, std::size_t d,
                                                       std::uint64_t seed = 1) {

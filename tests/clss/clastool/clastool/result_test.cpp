@@ -12,6 +12,7 @@
 #include "tests/support/archive_helpers.h"
 #include "tests/support/attention_counter.h"
 #include "tests/support/error_matcher.h"
+#include "tests/support/numbers.h"
 #include "tests/support/unknown_version.h"
 #include "vxclss/errors.h"
 #include "vxfoundation/archive.h"
@@ -23,9 +24,6 @@ using vxClassifierDefs::BadParams;
 using Category = vxClassifierCategoryResult;
 using Categories = std::vector<vxClassifierCategoryResult>;
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kTiny = std::numeric_limits<double>::denorm_min();
 constexpr double kBelowZero = -kTiny;
 constexpr double kAboveOne = 0x1.0000000000001p+0;
 
@@ -69,9 +67,9 @@ TEST(CategoryResultTest, HoldsItsFields) {
 
 TEST(CategoryResultTest, AcceptsTheEndsOfItsRangesAndNan) {
   EXPECT_NO_THROW(Category(0, 0.0, 0.0, 0.0));
-  EXPECT_NO_THROW(Category(std::numeric_limits<long>::max(), 1.0, 1.0, kInf));
+  EXPECT_NO_THROW(Category(std::numeric_limits<long>::max(), 1.0, 1.0, kInfinity));
   EXPECT_NO_THROW(Category(0, -0.0, -0.0, -0.0));
-  EXPECT_NO_THROW(Category(0, kNan, kNan, kNan));
+  EXPECT_NO_THROW(Category(0, kNaN, kNaN, kNaN));
 }
 
 TEST(CategoryResultTest, ChecksItsFieldsInOrder) {
@@ -87,18 +85,18 @@ TEST(CategoryResultTest, ChecksItsFieldsInOrder) {
                            kNegativeLabel);
   }
   const Row scoreRows[] = {
-      {"match score below", 0, kBelowZero, 0, 0}, {"match score above", 0, kAboveOne, 0, 0},
-      {"match score at -inf", 0, -kInf, 0, 0},    {"class score below", 0, 0, kBelowZero, 0},
-      {"class score above", 0, 0, kAboveOne, 0},  {"class score at inf", 0, 0, kInf, 0},
-      {"class score before cost", 0, 0, 2, -1},   {"match score before cost", 0, 2, 0, -1},
+      {"match score below", 0, kBelowZero, 0, 0},   {"match score above", 0, kAboveOne, 0, 0},
+      {"match score at -inf", 0, -kInfinity, 0, 0}, {"class score below", 0, 0, kBelowZero, 0},
+      {"class score above", 0, 0, kAboveOne, 0},    {"class score at inf", 0, 0, kInfinity, 0},
+      {"class score before cost", 0, 0, 2, -1},     {"match score before cost", 0, 2, 0, -1},
   };
   for (const Row& row : scoreRows) {
     SCOPED_TRACE(row.name);
     expectThrows<BadParams>([&] { Category(row.label, row.match, row.score, row.cost); },
                             kBadScore);
   }
-  for (const double cost : {kBelowZero, -1.0, -kInf}) {
-    expectThrows<BadParams>([cost] { Category(0, kNan, 1.0, cost); }, kBadCost);
+  for (const double cost : {kBelowZero, -1.0, -kInfinity}) {
+    expectThrows<BadParams>([cost] { Category(0, kNaN, 1.0, cost); }, kBadCost);
   }
 }
 
@@ -117,7 +115,7 @@ TEST(CategoryResultTest, ComparesEveryFieldExactly) {
 
 TEST(CategoryResultTest, DiffersFromItselfWhereItHoldsANan) {
   for (const Category& category :
-       {Category(1, kNan, 0.5, 3.0), Category(1, 0.5, kNan, 3.0), Category(1, 0.5, 0.5, kNan)}) {
+       {Category(1, kNaN, 0.5, 3.0), Category(1, 0.5, kNaN, 3.0), Category(1, 0.5, 0.5, kNaN)}) {
     const Category copy(category);
     EXPECT_FALSE(copy == category);
     EXPECT_TRUE(copy != category);
@@ -213,7 +211,7 @@ TEST(ResultTest, ChecksRangesAgainWhileItScales) {
 }
 
 TEST(ResultTest, TakesNanScores) {
-  const vxClassifierResult result(Categories{{1, kNan, kNan, 2.0}, {2, 0.5, 0.5, 1.0}}, kNan);
+  const vxClassifierResult result(Categories{{1, kNaN, kNaN, 2.0}, {2, 0.5, 0.5, 1.0}}, kNaN);
   EXPECT_EQ(labels(result), (std::vector<long>{2, 1}));
   EXPECT_TRUE(std::isnan(result.categoryResults()[0].classScore())) << "the sum is a NaN";
   EXPECT_TRUE(std::isnan(result.matchScoreFactorLog()));
@@ -243,7 +241,7 @@ TEST(ResultTest, ComparesCategoriesInOrderAndTheFactor) {
   EXPECT_TRUE(vxClassifierResult(tied, 0.0) != vxClassifierResult(tied, kTiny));
   EXPECT_TRUE(vxClassifierResult(tied, 0.0) != vxClassifierResult(reversed, 0.0));
   EXPECT_TRUE(vxClassifierResult(tied, 0.0) != vxClassifierResult());
-  const vxClassifierResult withNan(tied, kNan);
+  const vxClassifierResult withNan(tied, kNaN);
   EXPECT_FALSE(withNan == withNan);
 }
 

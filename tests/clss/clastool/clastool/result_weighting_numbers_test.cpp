@@ -3,23 +3,18 @@
 
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <random>
 #include <utility>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_result.h"
 #include "tests/support/simd_levels.h"
 #include "tests/support/weighting_problem.h"
 #include "vxclss/result.h"
 
 namespace {
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kTiny = std::numeric_limits<double>::denorm_min();
-constexpr double kHuge = std::numeric_limits<double>::max();
 
 /// Sizes around those of lanes and groups of lanes.
 const std::size_t kCounts[] = {1, 2, 3, 8, 16, 17, 31, 33, 64, 65, 97, 130};
@@ -101,12 +96,12 @@ TEST(ResultWeightingNumbersTest, KeepsTheOrderOfEqualScores) {
 
 TEST(ResultWeightingNumbersTest, TakesScoresThatAreNan) {
   expectDefinitionOfEach([](WeightingProblem& problem, std::mt19937_64& random) {
-    setScores(problem, [&] { return random() % 4 == 0 ? kNan : fraction(random); });
+    setScores(problem, [&] { return random() % 4 == 0 ? kNaN : fraction(random); });
   });
 }
 
 TEST(ResultWeightingNumbersTest, TakesDefaultCostsOfAnyValue) {
-  for (const double cost : {0.0, -0.0, kTiny, 1e-300, 1e300, kHuge, kInf, kNan}) {
+  for (const double cost : {0.0, -0.0, kTiny, 1e-300, 1e300, kMost, kInfinity, kNaN}) {
     SCOPED_TRACE(cost);
     expectDefinitionOfEach([&](WeightingProblem& problem, std::mt19937_64& random) {
       problem.costs.defaultCost = cost;
@@ -117,7 +112,7 @@ TEST(ResultWeightingNumbersTest, TakesDefaultCostsOfAnyValue) {
 
 TEST(ResultWeightingNumbersTest, TakesCostOverridesOfAnyValue) {
   // An infinite cost of a category without weight is a NaN, and for one decision only.
-  for (const double odd : {0.0, -0.0, kTiny, kHuge, kInf, kNan}) {
+  for (const double odd : {0.0, -0.0, kTiny, kMost, kInfinity, kNaN}) {
     SCOPED_TRACE(odd);
     expectDefinitionOfEach([&](WeightingProblem& problem, std::mt19937_64& random) {
       setScores(problem, [&] { return random() % 3 == 0 ? 0.0 : fraction(random); });
@@ -129,7 +124,7 @@ TEST(ResultWeightingNumbersTest, TakesCostOverridesOfAnyValue) {
 }
 
 TEST(ResultWeightingNumbersTest, TakesFrequenciesOfAnyValue) {
-  for (const double odd : {kTiny, 1e-300, 1e300, kNan}) {
+  for (const double odd : {kTiny, 1e-300, 1e300, kNaN}) {
     SCOPED_TRACE(odd);
     expectDefinitionOfEach([&](WeightingProblem& problem, std::mt19937_64& random) {
       for (auto& [label, frequency] : problem.frequencies.overrides) {
@@ -185,7 +180,7 @@ TEST(ResultWeightingNumbersTest, TakesTheFirstOfOverridesThatAnArchiveNamesTwice
     overrides.insert(overrides.begin(), {-1, 3, 7.0});
     overrides.insert(overrides.begin(), {3, -1, 7.0});
     const long some = problem.matches[0].categoryLabel();
-    overrides.insert(overrides.begin(), {some, some, kNan});  // a correct decision costs nothing
+    overrides.insert(overrides.begin(), {some, some, kNaN});  // a correct decision costs nothing
     auto& frequencies = problem.frequencies.overrides;
     const std::vector<std::pair<long, double>> known = frequencies;
     for (const auto& [label, frequency] : known) frequencies.emplace_back(label, 2.0 * frequency);

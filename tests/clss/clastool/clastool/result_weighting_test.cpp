@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <numeric>
 #include <random>
 #include <string>
@@ -13,6 +12,7 @@
 #include "tests/support/archive_helpers.h"
 #include "tests/support/attention_counter.h"
 #include "tests/support/error_matcher.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_result.h"
 #include "tests/support/simd_levels.h"
 #include "tests/support/weighting_problem.h"
@@ -27,9 +27,6 @@ using vxClassifierDefs::BadLabel;
 using vxClassifierDefs::BadParams;
 using Category = vxClassifierCategoryResult;
 using Categories = std::vector<vxClassifierCategoryResult>;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 const wchar_t* const kNotUnique = L"The category labels of the match results must be unique.";
 const wchar_t* const kNoFrequency = L"At least one of the category frequencies must be > 0.";
@@ -127,7 +124,7 @@ TEST(ResultWeightingTest, MovesCostsPastNothingButGreaterOnesWhereSomeAreNan) {
     std::mt19937 random(seed);
     Categories given;
     for (long label = 0; label <= static_cast<long>(seed % 32); ++label) {
-      const double cost = random() % 3 == 0 ? kNan : static_cast<double>(random() % 8);
+      const double cost = random() % 3 == 0 ? kNaN : static_cast<double>(random() % 8);
       given.emplace_back(label, 0.0, 1.0, cost);
     }
     const vxClassifierResult result(given, 0.0);
@@ -141,7 +138,7 @@ TEST(ResultWeightingTest, KeepsEveryCategoryWhereCostsAreNan) {
     std::mt19937 random(7);
     Categories given;
     for (std::size_t i = 0; i < count; ++i) {
-      const double cost = random() % 3 == 0 ? kNan : static_cast<double>(random() % 8);
+      const double cost = random() % 3 == 0 ? kNaN : static_cast<double>(random() % 8);
       given.emplace_back(static_cast<long>(i), 0.0, 1.0, cost);
     }
     std::vector<long> sorted = labels(vxClassifierResult(given, 0.0).categoryResults());
@@ -155,7 +152,7 @@ TEST(ResultWeightingTest, KeepsTheOrderGivenWhereAMatchScoreIsNan) {
     for (const std::size_t place : {std::size_t{0}, count / 2, count - 1}) {
       Categories matches;
       for (std::size_t i = 0; i < count; ++i) {
-        matches.push_back(match(static_cast<long>(i), i == place ? kNan : 0.5));
+        matches.push_back(match(static_cast<long>(i), i == place ? kNaN : 0.5));
       }
       const vxClassifierResult result = weighted(matches);
       EXPECT_EQ(labels(result.categoryResults()), labels(matches)) << count << ", NaN at " << place;
@@ -172,7 +169,7 @@ TEST(ResultWeightingTest, MixesNumbersAndNanAsTheDefinitionDoes) {
     problem.matches[0] = match(problem.matches[0].categoryLabel(), 1.0);
     for (std::size_t i = 2; i < count; i += 3) {
       problem.costs.set(problem.matches[1].categoryLabel(), problem.matches[i].categoryLabel(),
-                        kInf);
+                        kInfinity);
     }
     Categories expected = problem.expected();
     plain::sortByExpectedCost(expected);

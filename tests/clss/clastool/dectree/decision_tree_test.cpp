@@ -3,17 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
+#include "tests/support/numbers.h"
 #include "tests/support/tree_samples.h"
 
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 const vxComparisonPredicate kFirstIsGreater(0, 1);
 

@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
+#include "tests/support/numbers.h"
 #include "tests/support/plain_tree.h"
 #include "tests/support/tree_samples.h"
 #include "tests/support/unknown_version.h"
@@ -19,9 +19,6 @@ namespace {
 
 using vxClassifierDefs::BadIndex;
 using vxClassifierDefs::BadParams;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 constexpr wchar_t kSameIndices[] = L"Measurement indices must be different.";
 constexpr wchar_t kBadIndex[] = L"Measurement index must be >= 0 and < number of measurements.";

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <random>
 #include <string>
 #include <typeinfo>
@@ -9,6 +8,7 @@
 
 #include "tests/support/allocation_meter.h"
 #include "tests/support/archive_helpers.h"
+#include "tests/support/numbers.h"
 #include "tests/support/outcome.h"
 #include "tests/support/plain_tree.h"
 #include "tests/support/tree_samples.h"
@@ -17,9 +17,6 @@
 #include "vxfoundation/status.h"
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 class DerivedNode : public vxDecisionTreeNode {
  public:

@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <ostream>
 #include <random>
 #include <vector>
 
 #include "tests/support/archive_helpers.h"
 #include "tests/support/host_metric.h"
+#include "tests/support/numbers.h"
 #include "tests/support/outcome.h"
 #include "vxclss/errors.h"
 
@@ -18,9 +18,6 @@ namespace {
 
 using vxClassifierDefs::BadFeatures;
 using vxClassifierDefs::BadParams;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 constexpr wchar_t kBadOrder[] = L"Order of norm distance must be > 0";
 constexpr wchar_t kBadCounts[] =

@@ -8,14 +8,12 @@
 #include <limits>
 
 #include "clastool/clastool/code_grid.h"
+#include "tests/support/numbers.h"
 #include "tests/support/samples.h"
 
 namespace knn_data {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 double whole(Random& random, std::size_t) { return static_cast<double>(random() % 5) - 2.0; }
 double count8(Random& random, std::size_t) { return static_cast<double>(random() % 256); }

@@ -13,6 +13,7 @@
 #include "tests/support/archive_helpers.h"
 #include "tests/support/host_metric.h"
 #include "tests/support/hostile_archive.h"
+#include "tests/support/numbers.h"
 #include "tests/support/outcome.h"
 #include "tests/support/plain_knn.h"
 #include "tests/support/samples.h"
@@ -20,8 +21,6 @@
 #include "vxclss/classifier_tool.h"
 
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// Patterns at 0, 1, 2, ... with those numbers as labels.
 std::vector<LabelledSample> line(long count) {

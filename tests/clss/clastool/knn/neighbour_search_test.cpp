@@ -16,15 +16,13 @@
 #include "tests/support/archive_helpers.h"
 #include "tests/support/host_metric.h"
 #include "tests/support/host_provider.h"
+#include "tests/support/numbers.h"
 #include "tests/support/outcome.h"
 #include "tests/support/plain_knn.h"
 #include "tests/support/samples.h"
 #include "vxclss/classifier_knn.h"
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// Distances of the stored patterns from the query, and which patterns are its k neighbours.
 struct SearchCase {

@@ -73,6 +73,14 @@ function(vxclss_program target)
   set_target_properties(${target} PROPERTIES CXX_STANDARD 17 CXX_EXTENSIONS OFF)
 endfunction()
 
+# vxclss_unity(<target> <number>): so many of its sources are compiled at once. Most of the time that
+# a source takes goes to templates which the next one needs too.
+function(vxclss_unity target number)
+  if(VXCLSS_UNITY)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${number})
+  endif()
+endfunction()
+
 # vxclss_library(<name> EXPORT_NAME <name> INCLUDE <dir>... SOURCES <file>... HEADERS <file>...
 #                LINK <library>...)
 #

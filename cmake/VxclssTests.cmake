@@ -8,13 +8,13 @@ endif()
 find_package(Threads REQUIRED)
 include(GoogleTest)
 
-# vxclss_tests(<name> LINK <library>... SOURCES <file>...)
+# vxclss_tests(<name> [UNITY <number>] LINK <library>... SOURCES <file>...)
 #
 # One test program, each of its cases a CTest test of its own; in sanitizer builds, where a process
 # takes long to start, each quarter of them is one. A program that VXCLSS_TESTS leaves out can still
-# be built by name.
+# be built by name. UNITY: how many sources are compiled at once.
 function(vxclss_tests name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;SOURCES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "UNITY" "LINK;SOURCES")
   add_executable(${name} ${arg_SOURCES})
   vxclss_program(${name})
   target_link_libraries(${name} PRIVATE ${arg_LINK} GTest::gmock_main Threads::Threads)
@@ -29,6 +29,9 @@ function(vxclss_tests name)
   # Half of a test's compile time is what nearly all of them include.
   target_precompile_headers(${name} PRIVATE
     <gmock/gmock.h> <gtest/gtest.h> <functional> <sstream> <string> <vector>)
+  if(arg_UNITY)
+    vxclss_unity(${name} ${arg_UNITY})
+  endif()
   target_compile_definitions(${name} PRIVATE
     VXCLSS_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data"
     VXCLSS_SOURCE_TREE="${PROJECT_SOURCE_DIR}")

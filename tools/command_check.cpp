@@ -17,7 +17,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kCheckExamples = R"(
 Examples:
   vxclss check iris.model
   vxclss check iris.model --json
@@ -59,7 +59,7 @@ class CheckCommand {
         ->type_name("")
         ->required();
     addJsonFlag(command, json_, "Print JSON instead of text");
-    command.footer(kExamples);
+    command.footer(kCheckExamples);
   }
 
   /// Gives the exit code.

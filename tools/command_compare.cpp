@@ -24,7 +24,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kCompareExamples = R"(
 Examples:
   vxclss compare iris.csv --label species
   vxclss compare parts.csv --label kind --ignore id --cost crack,good=20 --folds 5
@@ -103,7 +103,7 @@ class CompareCommand {
   CompareCommand(CLI::App& command, const Console& console)
       : console_(console), data_(command), split_(command), costs_(command) {
     addJsonFlag(command, json_, "Print JSON instead of text");
-    command.footer(kExamples);
+    command.footer(kCompareExamples);
   }
 
   void run() const {

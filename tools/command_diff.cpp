@@ -18,7 +18,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kDiffExamples = R"(
 Examples:
   vxclss diff old.model new.model
   vxclss diff old.model new.model --json
@@ -67,7 +67,7 @@ class DiffCommand {
         ->type_name("")
         ->required();
     addJsonFlag(command, json_, "Print JSON instead of text");
-    command.footer(kExamples);
+    command.footer(kDiffExamples);
   }
 
   /// Gives the exit code.

@@ -31,7 +31,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kEvaluateExamples = R"(
 Examples:
   vxclss evaluate iris.csv --label species
   vxclss evaluate iris.csv --label species --method knn --k 9 --folds 5 --seed 7
@@ -79,7 +79,7 @@ class EvaluateCommand {
         ->type_name("COLUMN")
         ->allow_extra_args(false)
         ->group(group);
-    command.footer(kExamples);
+    command.footer(kEvaluateExamples);
   }
 
   void run() const {

@@ -24,7 +24,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kGenerateExamples = R"(
 Examples:
   vxclss generate --category "good:10,1;5,0.5" --category "bad:12,2;5,1" --patterns 100 -o parts.csv
   vxclss generate --category "a:0,1" --category "b:3,1" --patterns 50 --columns width -o widths.csv
@@ -100,7 +100,7 @@ class GenerateCommand {
         ->type_name("NAME,NAME...");
     command.add_option("-o,--output", output_, "File to write")->type_name("DATA.csv")->required();
     addJsonFlag(command, json_, "Print JSON instead of text");
-    command.footer(kExamples);
+    command.footer(kGenerateExamples);
   }
 
   void run() const {

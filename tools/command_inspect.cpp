@@ -13,7 +13,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kInspectExamples = R"(
 Examples:
   vxclss inspect iris.model
   vxclss inspect iris.model --json > iris.json
@@ -39,7 +39,7 @@ class InspectCommand {
         ->type_name("")
         ->required();
     addJsonFlag(command, json_, "Print JSON instead of text");
-    command.footer(kExamples);
+    command.footer(kInspectExamples);
   }
 
   void run() const {

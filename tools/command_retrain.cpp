@@ -20,7 +20,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kRetrainExamples = R"(
 Examples:
   vxclss retrain parts.model --frequency crack=0.001
   vxclss retrain parts.model --cost crack,good=50 --default-cost 2 -o strict.model
@@ -43,7 +43,7 @@ class RetrainCommand {
     frequencies_.add(command, "How often categories occur");
     costs_.emplace(command);
     addJsonFlag(command, json_, "Print JSON instead of text");
-    command.footer(kExamples);
+    command.footer(kRetrainExamples);
   }
 
   void run() {

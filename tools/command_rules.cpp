@@ -19,7 +19,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kRulesExamples = R"(
 Examples:
   vxclss rules parts.json new.csv --threshold 0.5
   vxclss rules parts.json new.csv --threshold 0.5 -o decisions.csv
@@ -57,7 +57,7 @@ class RulesCommand {
         ->check(share())
         ->type_name("T")
         ->required();
-    command.footer(kExamples);
+    command.footer(kRulesExamples);
   }
 
   void run() const {

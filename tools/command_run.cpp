@@ -21,7 +21,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kRunExamples = R"(
 Examples:
   vxclss run iris.model new.csv
   vxclss run iris.model new.csv --all -o decisions.csv
@@ -46,7 +46,7 @@ class RunCommand {
         ->required();
     rows_.emplace(command, console);
     command.add_flag("--all", all_, "Write every category of a pattern, not only the decision");
-    command.footer(kExamples);
+    command.footer(kRunExamples);
   }
 
   void run() {

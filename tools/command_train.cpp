@@ -19,7 +19,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kTrainExamples = R"(
 Examples:
   vxclss train iris.csv --label species -o iris.model
   vxclss train iris.csv --label species --method knn --k 9 --order 1 -o iris.model
@@ -42,7 +42,7 @@ class TrainCommand {
         ->type_name("MODEL")
         ->required();
     addJsonFlag(command, json_, "Print JSON instead of text");
-    command.footer(kExamples);
+    command.footer(kTrainExamples);
   }
 
   void run() {

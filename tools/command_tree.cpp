@@ -17,7 +17,7 @@
 namespace cli {
 namespace {
 
-const char* const kExamples = R"(
+const char* const kTreeExamples = R"(
 Examples:
   vxclss tree parts.json -o parts.model
   vxclss inspect parts.model
@@ -61,7 +61,7 @@ class TreeCommand {
         ->type_name("MODEL")
         ->required();
     addJsonFlag(command, json_, "Print JSON instead of text");
-    command.footer(kExamples);
+    command.footer(kTreeExamples);
   }
 
   void run() const {

@@ -23,7 +23,7 @@ case "${1:-}" in
   --ci) packages+=(git binutils clang clang-format libclang-rt-14-dev gcovr chromium groff zsh
                    abigail-tools "${pictures[@]}" "${python[@]}") ;;
   --docs) packages+=(mkdocs mkdocs-material python3-pymdownx doxygen) ;;
-  --packages) packages+=(dpkg-dev lintian debootstrap groff gzip) ;;
+  --packages) packages+=(dpkg-dev lintian debootstrap groff gzip "${python[@]}") ;;
   --peers) packages+=(libfaiss-dev libopencv-ml-dev libflann-dev libnanoflann-dev libcereal-dev
                       libboost-serialization-dev libblas-dev liblapack-dev python3-sklearn) ;;
   --machines) packages+=(clang googletest qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu

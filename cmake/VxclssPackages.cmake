@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
-# What cpack makes: Debian packages of the libraries, of what a host is built with, and of the
-# command. packaging/build_debs.sh calls it with Debian's compiler flags.
+# What cpack makes: Debian packages of the libraries, of what a host is built with, of the command
+# and, where it is built, of the Python module. packaging/build_debs.sh calls it with Debian's
+# compiler flags.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vxclss)
@@ -58,6 +59,24 @@ ${vxclss_about}
 
 This package has the vxclss command, which trains, runs and evaluates
 classifiers on CSV files.")
+
+if(TARGET vxclss_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+  # A compiled module fits one minor version of the interpreter.
+  math(EXPR vxclss_next_python "${Python_VERSION_MINOR} + 1")
+  string(JOIN ", " CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "${vxclss_same_release}"
+    "python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}~)"
+    "python3 (<< ${Python_VERSION_MAJOR}.${vxclss_next_python})"
+    python3-numpy)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-vxclss)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-matplotlib, python3-sklearn")
+  set(CPACK_DEBIAN_PYTHON_DESCRIPTION "pattern classification for machine vision - Python module
+${vxclss_about}
+
+This package has the Python module, with estimators for scikit-learn.")
+endif()
 
 # Outside of a package the examples stay with the sources.
 get_property(vxclss_examples GLOBAL PROPERTY VXCLSS_EXAMPLES)

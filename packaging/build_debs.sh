@@ -24,6 +24,7 @@ cmake --fresh -G Ninja -S . -B "$build" \
   -DCMAKE_INSTALL_PREFIX=/usr \
   -DCMAKE_INSTALL_LIBDIR="lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)" \
   -DCMAKE_SKIP_INSTALL_RPATH=ON \
+  -DVXCLSS_BUILD_PYTHON=ON \
   -DBUILD_TESTING=OFF
 cmake --build "$build"
 (cd "$build" && cpack)

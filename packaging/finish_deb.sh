@@ -3,8 +3,8 @@
 # Usage: finish_deb.sh PACKAGE.deb
 #
 # Adds to a package what Debian asks for and CPack doesn't do: copyright and change logs, packed
-# manual pages, the trigger for ldconfig in place of scripts that call it, the field Multi-Arch. The
-# date of the change log's last entry becomes that of every file, so that one tree gives one package,
+# manual pages, the trigger for ldconfig in place of scripts that call it, scripts that compile
+# Python files and remove what was compiled, the field Multi-Arch. The date of the change log's last entry becomes that of every file, so that one tree gives one package,
 # byte for byte.
 set -euo pipefail
 export LC_ALL=C
@@ -31,26 +31,35 @@ mkdir -p "$doc"
 cp "$source_dir/packaging/debian/copyright" "$doc/copyright"
 gzip -9nc "$changelog" >"$doc/changelog.Debian.gz"
 gzip -9nc "$source_dir/CHANGELOG.md" >"$doc/changelog.gz"
-find usr -type f \( -name '*.so.*' -o -path 'usr/bin/*' \) -exec \
+find usr -type f \( -name '*.so.*' -o -name '*.so' -o -path 'usr/bin/*' \) -exec \
   strip --remove-section=.comment --remove-section=.note {} +
 mkdir -p usr/share/lintian/overrides
 cp "$source_dir/packaging/debian/lintian-overrides" "usr/share/lintian/overrides/$package"
 find usr -type f -path 'usr/share/man/*' -exec gzip -9n {} +
 
 rm -f DEBIAN/postinst DEBIAN/postrm
+scripts=()
 case $package in
   lib*-dev) multi_arch=same ;;
   lib*)
     multi_arch=same
     echo "activate-noawait ldconfig" >DEBIAN/triggers
     ;;
+  python3-*)
+    multi_arch=no
+    for script in postinst prerm; do
+      sed "s/@PACKAGE@/$package/" "$source_dir/packaging/debian/python3.$script" >"DEBIAN/$script"
+      scripts+=("DEBIAN/$script")
+    done
+    ;;
   *) multi_arch=foreign ;;
 esac
-sed -i "/^Architecture:/a Multi-Arch: $multi_arch" DEBIAN/control
+[[ $multi_arch == no ]] || sed -i "/^Architecture:/a Multi-Arch: $multi_arch" DEBIAN/control
 
 find . -type d -exec chmod 755 {} +
 find . -type f -exec chmod 644 {} +
 [[ ! -d usr/bin ]] || chmod 755 usr/bin/*
+[[ ${#scripts[@]} -eq 0 ]] || chmod 755 "${scripts[@]}"
 size=$(find . -path ./DEBIAN -prune -o -type f -printf '%s\n' -o -printf '1024\n' |
   awk '{ total += int(($1 + 1023) / 1024) } END { print total }')
 sed -i "s/^Installed-Size:.*/Installed-Size: $size/" DEBIAN/control

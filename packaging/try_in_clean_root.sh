@@ -46,7 +46,7 @@ cp /etc/resolv.conf "$root/etc/resolv.conf"
 mkdir "$root/packages" "$root/host"
 cp "$packages"/*.deb "$root/packages/"
 cp tests/install/consumer.cpp tests/install/CMakeLists.txt examples/data/iris.csv "$root/host/"
-cp packaging/use_packages.sh "$root/host/"
+cp packaging/use_packages.sh packaging/use_module.py "$root/host/"
 
 in_root apt-get update -q
 in_root sh -c 'apt-get install -q -y --no-install-recommends /packages/*.deb'

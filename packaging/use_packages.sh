@@ -32,6 +32,11 @@ vxclss train iris.csv --label species -o iris.model
 vxclss run iris.model iris.csv | tail -n 3
 man vxclss | grep -q vxclss || fail "no manual page"
 [[ -s /usr/share/bash-completion/completions/vxclss ]] || fail "no completion for bash"
-for file in cmake/consumer /usr/bin/vxclss; do
+
+echo "==> python3"
+vxclss run iris.model iris.csv >answers.csv
+python3 use_module.py iris.model iris.csv answers.csv
+
+for file in cmake/consumer /usr/bin/vxclss /usr/lib/python3/dist-packages/vxclss/_core.*.so; do
   ldd "$file" | grep -q 'libvxclss.so.0 => /\(usr/\)\?lib/' || fail "$file takes another library"
 done

@@ -29,7 +29,7 @@ using Twins = BayesTwins;
 class BayesianPlanTest : public testing::TestWithParam<Scene> {};
 
 TEST_P(BayesianPlanTest, GivesTheBitsOfThePlainTechnique) {
-  for (unsigned seed = 1; seed <= 12; ++seed) {
+  for (unsigned seed = 1; seed <= 6; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     Twins twins(GetParam(), seed);
     twins.train();

@@ -102,7 +102,8 @@ function(vxclss_library name)
   # A library's own functions are called, not what another library of that name might put before
   # them; gcc inlines within a library only then.
   target_compile_options(${name}_objects PRIVATE
-    $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
+    $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>
+    ${VXCLSS_LIBRARY_OPTIONS})
   vxclss_program(${name}_objects)
 
   add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)

@@ -7,6 +7,7 @@
 #include "tests/support/archived_classes.h"
 #include "tests/support/archived_classes_bayes.h"
 #include "tests/support/archived_classes_trees.h"
+#include "tests/support/class_names.h"
 
 namespace {
 
@@ -55,7 +56,7 @@ using AllLevels = testing::Types<
     Levels<vxValidityPredicate, vxValidityPredicate>,
     Levels<vxDecisionTreeLeaf, vxDecisionTreeLeaf>, Levels<vxDecisionTreeLeaf, vxDecisionTree>,
     Levels<vxDecisionTreeNode, vxDecisionTreeNode>>;
-TYPED_TEST_SUITE(ArchiveLevelsTest, AllLevels);
+TYPED_TEST_SUITE(ArchiveLevelsTest, AllLevels, CaseNumbers);
 
 TYPED_TEST(ArchiveLevelsTest, TransferTheirFieldsOnceHoweverOftenTheyAreReached) {
   using Once = typename TypeParam::Once;

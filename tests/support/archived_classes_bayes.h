@@ -98,9 +98,10 @@ struct Archived<vx_PDFBinomial> {
 template <>
 struct Archived<vx_CategoryModelBayesian> {
   static vx_CategoryModelBayesian filled() {
-    using Types = vxClassifierDistributionTypes;
-    vx_CategoryModelBayesian model(7, {{2, 0}, {1}}, {Types::eNormal, Types::eBinomial},
-                                   {{0.0, 4.0}, {}});
+    vx_CategoryModelBayesian model(
+        7, {{2, 0}, {1}},
+        {vxClassifierDistributionTypes::eNormal, vxClassifierDistributionTypes::eBinomial},
+        {{0.0, 4.0}, {}});
     for (const double x : {1.0, 3.0}) model.adapt({{x, x, 4.0 * x}, {}}, nullptr, 0);
     return model;
   }

@@ -18,4 +18,12 @@ struct ClassNames {
   }
 };
 
+/// Numbers them.
+struct CaseNumbers {
+  template <class T>
+  static std::string GetName(int i) {
+    return std::to_string(i);
+  }
+};
+
 #endif  // TESTS_SUPPORT_CLASS_NAMES_H_

@@ -9,7 +9,7 @@
 
 namespace {
 
-thread_local allocator::Counts taken{};
+thread_local allocator::Counts takenByThread{};
 thread_local long mostInUse = 0;
 
 // The countdown to the next failure, 0 where none is asked for.
@@ -30,11 +30,11 @@ bool isToFail() noexcept {
 
 void* noted(void* memory, std::size_t size) noexcept {
   if (memory == nullptr) return nullptr;
-  ++taken.calls;
-  taken.bytesTaken += size;
-  ++taken.live;
-  taken.bytesInUse += static_cast<long>(malloc_usable_size(memory));
-  mostInUse = std::max(mostInUse, taken.bytesInUse);
+  ++takenByThread.calls;
+  takenByThread.bytesTaken += size;
+  ++takenByThread.live;
+  takenByThread.bytesInUse += static_cast<long>(malloc_usable_size(memory));
+  mostInUse = std::max(mostInUse, takenByThread.bytesInUse);
   return memory;
 }
 
@@ -57,8 +57,8 @@ void* orThrow(void* memory) {
 
 void giveBack(void* memory) noexcept {
   if (memory == nullptr) return;
-  --taken.live;
-  taken.bytesInUse -= static_cast<long>(malloc_usable_size(memory));
+  --takenByThread.live;
+  takenByThread.bytesInUse -= static_cast<long>(malloc_usable_size(memory));
   std::free(memory);
 }
 
@@ -66,10 +66,10 @@ void giveBack(void* memory) noexcept {
 
 namespace allocator {
 
-Counts counts() { return taken; }
+Counts counts() { return takenByThread; }
 
-Meter::Meter() : before_(taken) { mostInUse = taken.bytesInUse; }
-std::size_t Meter::bytesTaken() const { return taken.bytesTaken - before_.bytesTaken; }
+Meter::Meter() : before_(takenByThread) { mostInUse = takenByThread.bytesInUse; }
+std::size_t Meter::bytesTaken() const { return takenByThread.bytesTaken - before_.bytesTaken; }
 std::size_t Meter::peak() const { return static_cast<std::size_t>(mostInUse - before_.bytesInUse); }
 
 Fault::Fault(std::size_t number, Failing failing) {

@@ -59,7 +59,9 @@ TEST(FeatureScoreArchiveTest, RoundTripsIntoAnyHandle) {
       load(stored(source), target);
       ASSERT_FALSE(target.isNull());
       EXPECT_TRUE(*target == *source);
-      EXPECT_EQ(typeid(*target.get()), typeid(*source.get()));
+      const vxClsFtSc& arrived = *target;
+      const vxClsFtSc& sent = *source;
+      EXPECT_EQ(typeid(arrived), typeid(sent));
       EXPECT_EQ(target->referenceCount(), 1);
       EXPECT_NE(target, former) << "a new function, also where one of the class stood";
     }

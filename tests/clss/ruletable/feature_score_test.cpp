@@ -241,7 +241,8 @@ TEST(FeatureScoreTest, ClonesItsExactClassAndValues) {
     const std::unique_ptr<vxClsFtSc> clone(score->clone());
     EXPECT_EQ(clone->referenceCount(), 0);
     EXPECT_TRUE(*clone == *score);
-    EXPECT_EQ(typeid(*clone), typeid(*score));
+    const vxClsFtSc& copy = *clone;
+    EXPECT_EQ(typeid(copy), typeid(*score));
   }
   const std::unique_ptr<Ignore> ignore(Ignore().clone());
   EXPECT_EQ(ignore->score(5), -1.0);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/archive_helpers.h"
+#include "tests/support/class_names.h"
 #include "tests/support/mock_technique.h"
 #include "vxclss/category_model.h"
 #include "vxclss/train_params_knn.h"
@@ -33,7 +34,7 @@ struct MakePlain {
   static PlainParams make() { return {}; }
 };
 using Makers = testing::Types<MakeKnn, MakePlain>;
-TYPED_TEST_SUITE(TrainParamsFlagTest, Makers);
+TYPED_TEST_SUITE(TrainParamsFlagTest, Makers, CaseNumbers);
 
 TYPED_TEST(TrainParamsFlagTest, IsTrueInANewObjectAndCanBeSet) {
   auto params = TypeParam::make();

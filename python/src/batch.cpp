@@ -40,7 +40,7 @@ class Columns {
   std::vector<std::ptrdiff_t> table_;
 };
 
-/// Where the answers go; matrices of one column a category.
+/// Where the answers go, those that are wanted; matrices of one column a category.
 struct Answers {
   std::int64_t* labels = nullptr;
   double* factors = nullptr;
@@ -51,20 +51,35 @@ struct Answers {
   void put(std::ptrdiff_t row, const vxClassifierResult& result, const Columns& columns,
            std::ptrdiff_t width) const {
     const std::vector<vxClassifierCategoryResult>& categories = result.categoryResults();
-    labels[row] = categories.empty() ? -1 : categories.front().categoryLabel();
-    if (factors == nullptr) return;
-    factors[row] = result.matchScoreFactorLog();
+    if (labels != nullptr) {
+      labels[row] = categories.empty() ? -1 : categories.front().categoryLabel();
+    }
+    if (factors != nullptr) factors[row] = result.matchScoreFactorLog();
+    if (classScores == nullptr) return;
     const std::ptrdiff_t first = row * width;
     std::fill_n(classScores + first, width, 0.0);
+    if (matchScores == nullptr) {
+      for (const vxClassifierCategoryResult& category : categories) {
+        classScores[first + columnOf_(category, columns)] = category.classScore();
+      }
+      return;
+    }
     std::fill_n(matchScores + first, width, 0.0);
     std::fill_n(expectedCosts + first, width, std::numeric_limits<double>::quiet_NaN());
     for (const vxClassifierCategoryResult& category : categories) {
-      const std::ptrdiff_t column = columns.of(category.categoryLabel());
-      if (column < 0) throw vxBadPointer();
-      classScores[first + column] = category.classScore();
-      matchScores[first + column] = category.matchScore();
-      expectedCosts[first + column] = category.expectedCost();
+      const std::ptrdiff_t place = first + columnOf_(category, columns);
+      classScores[place] = category.classScore();
+      matchScores[place] = category.matchScore();
+      expectedCosts[place] = category.expectedCost();
     }
+  }
+
+ private:
+  static std::ptrdiff_t columnOf_(const vxClassifierCategoryResult& category,
+                                  const Columns& columns) {
+    const std::ptrdiff_t column = columns.of(category.categoryLabel());
+    if (column < 0) throw vxBadPointer();
+    return column;
   }
 };
 
@@ -147,9 +162,13 @@ py::object runBatch(const BatchRunner& runner, const py::object& X, const py::ob
   py::array_t<double> classScores({rows.size(), width});
   py::array_t<double> matchScores({rows.size(), width});
   py::array_t<double> expectedCosts({rows.size(), width});
-  fill(runner, rows, threads,
-       {labels.mutable_data(), factors.mutable_data(), classScores.mutable_data(),
-        matchScores.mutable_data(), expectedCosts.mutable_data()});
+  Answers answers;
+  answers.labels = labels.mutable_data();
+  answers.factors = factors.mutable_data();
+  answers.classScores = classScores.mutable_data();
+  answers.matchScores = matchScores.mutable_data();
+  answers.expectedCosts = expectedCosts.mutable_data();
+  fill(runner, rows, threads, answers);
   return py::module_::import("vxclss._batch")
       .attr("BatchResult")(labels, arrayOf(runner.categories), classScores, matchScores,
                            expectedCosts, factors);
@@ -163,6 +182,17 @@ py::object decideBatch(const BatchRunner& runner, const py::object& X, const py:
   answers.labels = labels.mutable_data();
   fill(runner, rows, threadsOf(jobs), answers);
   return std::move(labels);
+}
+
+py::object scoreBatch(const BatchRunner& runner, const py::object& X, const py::object& jobs) {
+  const Rows rows(X, "X");
+  checkWidth(runner, rows);
+  py::array_t<double> classScores(
+      {rows.size(), static_cast<py::ssize_t>(runner.categories.size())});
+  Answers answers;
+  answers.classScores = classScores.mutable_data();
+  fill(runner, rows, threadsOf(jobs), answers);
+  return std::move(classScores);
 }
 
 }  // namespace vxpy

@@ -28,6 +28,9 @@ py::object runBatch(const BatchRunner& runner, const py::object& X, const py::ob
 /// Only the labels of the decisions, an array of int64.
 py::object decideBatch(const BatchRunner& runner, const py::object& X, const py::object& jobs);
 
+/// Only the class scores, a matrix of one column a category.
+py::object scoreBatch(const BatchRunner& runner, const py::object& X, const py::object& jobs);
+
 }  // namespace vxpy
 
 #endif  // VXCLSS_PYTHON_BATCH_H_

@@ -57,6 +57,11 @@ py::object decide(const Tool& tool, const py::object& X, const py::object& jobs)
   return decideBatch(tool.runner(), X, jobs);
 }
 
+py::object classScores(const Tool& tool, const py::object& X, const py::object& jobs) {
+  const std::shared_ptr<const void> kept = tool.keep();
+  return scoreBatch(tool.runner(), X, jobs);
+}
+
 std::string shownTool(const Tool& tool) {
   if (!tool.get().isTrained()) return "<Tool, untrained>";
   const py::object classifier = classifierOf(tool.get().classifier(), tool.keep());
@@ -117,6 +122,8 @@ void addTool(py::module_& module) {
           "run() for the rows of X.");
   cls.def("decide", &decide, py::arg("X"), py::arg("n_jobs") = py::none(),
           "Only the labels of run(X), an array of int64 (n).");
+  cls.def("class_scores", &classScores, py::arg("X"), py::arg("n_jobs") = py::none(),
+          "Only the class scores of run(X), an array of float64 (n, c).");
   cls.def(
       "untrain", [](Tool& self) { self = Tool(); }, "Forgets what was trained.");
   cls.def_property_readonly("is_trained", [](const Tool& self) { return self.get().isTrained(); });

@@ -46,6 +46,7 @@ def assert_same_answers(tool, X, **how):
     assert bits(batch.expected_costs) == bits(costs)
     assert bits(batch.match_score_factor_logs) == bits(factors)
     assert bits(tool.decide(X, **how)) == bits(labels)
+    assert bits(tool.class_scores(X, **how)) == bits(class_scores)
 
 
 def rows_of(technique):

@@ -179,8 +179,8 @@ class ToolEstimator(Estimator):
         A class without an answer (no neighbour, no training row so far) has 0.
         """
         tool = self._ready()
-        answers = tool.run(self._checked_rows(X), n_jobs=self.n_jobs)
-        return self._spread(answers.class_scores, answers.categories, 0.0)
+        scores = tool.class_scores(self._checked_rows(X), n_jobs=self.n_jobs)
+        return self._spread(scores, tool.category_labels, 0.0)
 
     def predict_log_proba(self, X: npt.ArrayLike) -> Floats:
         """Natural logarithms of the class scores, (n, c); -inf for 0."""

@@ -60,12 +60,12 @@ void comparePatterns(const vxClassifierDataProvider& a, const vxClassifierDataPr
   }
 }
 
-void keepOnly(Json& json, const Json& other) {
+void keepOnly(Json& object, const Json& other) {
   Json kept = Json::object();
-  for (const auto& [key, value] : json.items()) {
+  for (const auto& [key, value] : object.items()) {
     if (other.contains(key)) kept[key] = value;
   }
-  json = std::move(kept);
+  object = std::move(kept);
 }
 
 }  // namespace

@@ -63,6 +63,7 @@ classifiers on CSV files.")
 if(TARGET vxclss_python)
   list(APPEND CPACK_COMPONENTS_ALL python)
   # A compiled module fits one minor version of the interpreter.
+  find_package(Python REQUIRED COMPONENTS Interpreter)
   math(EXPR vxclss_next_python "${Python_VERSION_MINOR} + 1")
   string(JOIN ", " CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
     "${vxclss_same_release}"

@@ -4,8 +4,8 @@
 #
 # Adds to a package what Debian asks for and CPack doesn't do: copyright and change logs, packed
 # manual pages, the trigger for ldconfig in place of scripts that call it, scripts that compile
-# Python files and remove what was compiled, the field Multi-Arch. The date of the change log's last entry becomes that of every file, so that one tree gives one package,
-# byte for byte.
+# Python files and remove what was compiled, the field Multi-Arch. The date of the change log's last
+# entry becomes that of every file, so that one tree gives one package, byte for byte.
 set -euo pipefail
 export LC_ALL=C
 deb=$1

@@ -11,6 +11,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "fuzz/target.h"
@@ -44,11 +45,23 @@ Bytes numberBytes(double number) {
   return bytes;
 }
 
+/// The joints of an input, remembered: a fuzzer changes each input of its corpus many times over,
+/// and a load costs as much as a run.
+const std::vector<Token>& jointsOf(const std::uint8_t* data, std::size_t size) {
+  static constexpr std::size_t kMostInputs = 4096;
+  static std::unordered_map<std::string, std::vector<Token>> known;
+  if (known.size() >= kMostInputs) known.clear();
+  const auto [entry, isNew] =
+      known.try_emplace(std::string(reinterpret_cast<const char*>(data), size));
+  if (isNew) entry->second = fuzz::tokensOf(data, size);
+  return entry->second;
+}
+
 /// An input under change, with its joints.
 class Draft {
  public:
   Draft(const std::uint8_t* data, std::size_t size, std::minstd_rand& random)
-      : random_(random), bytes_(data, data + size), tokens_(fuzz::tokensOf(data, size)) {}
+      : random_(random), bytes_(data, data + size), tokens_(jointsOf(data, size)) {}
 
   const Bytes& bytes() const { return bytes_; }
   bool hasTokens() const { return !tokens_.empty(); }

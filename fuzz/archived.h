@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <streambuf>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -119,7 +120,7 @@ void loadInPlace(vxArchive& archive, T& target) {
 /// The objects of an input in the order in which they arrived. A refusal ends them; whatever else a
 /// load throws leaves here and ends the program.
 template <class T>
-std::vector<std::shared_ptr<T>> loadAll(const Head& head, ByteSource& source) {
+std::vector<std::shared_ptr<T>> loadAll(const Head& head, std::streambuf& source) {
   std::vector<std::shared_ptr<T>> objects;
   objects.reserve(2);
   std::istream stream(&source);
@@ -231,8 +232,9 @@ struct Family {
   template <class One>
   static void tokensOfOne_(const Head& head, const std::uint8_t* data, std::size_t size,
                            std::vector<Token>& found) {
-    ByteSource source(data, size, &found);
+    TracedSource source(data, size);
     loadAll<One>(head, source);
+    found = source.tokens();
   }
 
   template <class One>

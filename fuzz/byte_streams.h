@@ -2,6 +2,7 @@
 #ifndef FUZZ_BYTE_STREAMS_H_
 #define FUZZ_BYTE_STREAMS_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <streambuf>
@@ -12,28 +13,46 @@
 
 namespace fuzz {
 
-/// Reads an input where it lies, and writes down each transfer if asked to.
+/// Reads an input where it lies.
 class ByteSource : public std::streambuf {
  public:
-  ByteSource(const std::uint8_t* data, std::size_t size, std::vector<Token>* tokens = nullptr)
-      : tokens_(tokens) {
+  ByteSource(const std::uint8_t* data, std::size_t size) {
     char* const begin = const_cast<char*>(reinterpret_cast<const char*>(data));
     setg(begin, begin, begin + size);
   }
 
   std::size_t consumed() const { return static_cast<std::size_t>(gptr() - eback()); }
+};
+
+/// Reads an input and writes down each transfer. It holds nothing ready, because an archive takes
+/// what a buffer holds ready without a call.
+class TracedSource : public std::streambuf {
+ public:
+  TracedSource(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
+
+  const std::vector<Token>& tokens() const { return tokens_; }
 
  protected:
   std::streamsize xsgetn(char* to, std::streamsize count) override {
-    const std::size_t offset = consumed();
-    const std::streamsize read = std::streambuf::xsgetn(to, count);
-    if (tokens_ != nullptr && read > 0)
-      tokens_->push_back({offset, static_cast<std::size_t>(read)});
-    return read;
+    const std::size_t read = std::min(static_cast<std::size_t>(count), size_ - offset_);
+    if (read == 0) return 0;
+    std::copy_n(data_ + offset_, read, to);
+    tokens_.push_back({offset_, read});
+    offset_ += read;
+    return static_cast<std::streamsize>(read);
+  }
+  int_type underflow() override {
+    return offset_ == size_ ? traits_type::eof() : static_cast<int_type>(data_[offset_]);
+  }
+  int_type uflow() override {
+    return offset_ == size_ ? traits_type::eof() : static_cast<int_type>(data_[offset_++]);
   }
 
  private:
-  std::vector<Token>* tokens_;
+  const std::uint8_t* data_;
+  std::size_t size_;
+  std::size_t offset_ = 0;
+  std::vector<Token> tokens_;
 };
 
 class ByteSink : public std::streambuf {

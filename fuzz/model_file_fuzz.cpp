@@ -16,16 +16,14 @@
 
 namespace {
 
-[[maybe_unused]] std::vector<fuzz::Token> tokensOfModel(const std::uint8_t* data,
-                                                        std::size_t size) {
-  std::vector<fuzz::Token> tokens;
-  fuzz::ByteSource source(data, size, &tokens);
+std::vector<fuzz::Token> tokensOfModel(const std::uint8_t* data, std::size_t size) {
+  fuzz::TracedSource source(data, size);
   std::istream stream(&source);
   try {
     cli::readModel(stream, "input");
   } catch (const cli::InputError&) {
   }
-  return tokens;
+  return source.tokens();
 }
 
 std::string written(cli::Model& model) {
@@ -37,7 +35,7 @@ std::string written(cli::Model& model) {
 
 }  // namespace
 
-VX_FUZZ_TOKENS(tokensOfModel(data, size))
+VX_FUZZ_TOKENS(model_file, tokensOfModel(data, size))
 
 VX_FUZZ_TARGET(model_file) {
   fuzz::ByteSource source(data, size);

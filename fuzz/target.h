@@ -27,6 +27,8 @@ struct Token {
   std::size_t size;
 };
 
+using Tokenizer = std::vector<Token> (*)(const std::uint8_t* data, std::size_t size);
+
 /// The tokens of an input of the program's own target, for its mutator.
 std::vector<Token> tokensOf(const std::uint8_t* data, std::size_t size);
 
@@ -36,8 +38,15 @@ inline std::map<std::string, Target>& targets() {
   return all;
 }
 
+/// Those of the targets of archives.
+inline std::map<std::string, Tokenizer>& tokenizers() {
+  static std::map<std::string, Tokenizer> all;
+  return all;
+}
+
 struct Registration {
   Registration(const char* name, Target target) { targets()[name] = target; }
+  Registration(const char* name, Tokenizer tokenizer) { tokenizers()[name] = tokenizer; }
 };
 
 }  // namespace fuzz
@@ -49,7 +58,11 @@ struct Registration {
   static void name##Target(const std::uint8_t* data, std::size_t size);     \
   static const fuzz::Registration name##Registration(#name, &name##Target); \
   static void name##Target(const std::uint8_t* data, std::size_t size)
-#define VX_FUZZ_TOKENS(expression)
+#define VX_FUZZ_TOKENS(name, expression)                                                     \
+  static std::vector<fuzz::Token> name##Tokens(const std::uint8_t* data, std::size_t size) { \
+    return expression;                                                                       \
+  }                                                                                          \
+  static const fuzz::Registration name##TokensRegistration(#name, &name##Tokens);
 #else
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 #define VX_FUZZ_TARGET(name)                                                          \
@@ -59,15 +72,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;                                                                         \
   }                                                                                   \
   static void name##Target(const std::uint8_t* data, std::size_t size)
-#define VX_FUZZ_TOKENS(expression)                                                      \
+#define VX_FUZZ_TOKENS(name, expression)                                                \
   std::vector<fuzz::Token> fuzz::tokensOf(const std::uint8_t* data, std::size_t size) { \
     return expression;                                                                  \
   }
 #endif
 
 /// A target of archived classes: `family` is a fuzz::Family.
-#define VX_FUZZ_FAMILY(name, family)           \
-  VX_FUZZ_TOKENS((family::tokens(data, size))) \
+#define VX_FUZZ_FAMILY(name, family)                 \
+  VX_FUZZ_TOKENS(name, (family::tokens(data, size))) \
   VX_FUZZ_TARGET(name) { family::exercise(data, size); }
 
 #endif  // FUZZ_TARGET_H_

@@ -20,6 +20,16 @@ std::vector<std::string> targetNames() {
   return names;
 }
 
+std::vector<std::string> archiveNames() {
+  std::vector<std::string> names;
+  for (const auto& [name, tokenizer] : fuzz::tokenizers()) names.push_back(name);
+  return names;
+}
+
+const std::uint8_t* bytesOf(const std::string& input) {
+  return reinterpret_cast<const std::uint8_t*>(input.data());
+}
+
 class FuzzReplayTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(FuzzReplayTest, FindsNothing) {
@@ -30,12 +40,36 @@ TEST_P(FuzzReplayTest, FindsNothing) {
     const std::vector<std::string> inputs = fuzz::readCorpus(path);
     EXPECT_FALSE(inputs.empty());
     for (const std::string& input : inputs) {
-      target(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
+      target(bytesOf(input), input.size());
     }
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplayTest, testing::ValuesIn(targetNames()),
+                         [](const auto& row) { return row.param; });
+
+class FuzzTokensTest : public testing::TestWithParam<std::string> {};
+
+TEST_P(FuzzTokensTest, AreTheFieldsOfAnArchive) {
+  const fuzz::Tokenizer tokenizer = fuzz::tokenizers().at(GetParam());
+  std::size_t numTokens = 0;
+  const std::vector<std::string> inputs =
+      fuzz::readCorpus(VXCLSS_SOURCE_TREE "/fuzz/corpus/" + GetParam() + ".bin");
+  for (const std::string& input : inputs) {
+    std::size_t end = 0;
+    for (const fuzz::Token& token : tokenizer(bytesOf(input), input.size())) {
+      EXPECT_GE(token.offset, end);
+      EXPECT_GT(token.size, 0u);
+      end = token.offset + token.size;
+      ++numTokens;
+    }
+    EXPECT_LE(end, input.size());
+  }
+  // Without them the mutator finds no joint to change an archive at.
+  EXPECT_GT(numTokens, 4 * inputs.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Archives, FuzzTokensTest, testing::ValuesIn(archiveNames()),
                          [](const auto& row) { return row.param; });
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <random>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "fuzz/target.h"
@@ -45,25 +46,45 @@ Bytes numberBytes(double number) {
   return bytes;
 }
 
-/// The joints of an input, remembered: a fuzzer changes each input of its corpus many times over,
-/// and a load costs as much as a run.
-const std::vector<Token>& jointsOf(const std::uint8_t* data, std::size_t size) {
-  static constexpr std::size_t kMostInputs = 4096;
-  static std::unordered_map<std::string, std::vector<Token>> known;
-  if (known.size() >= kMostInputs) known.clear();
-  const auto [entry, isNew] =
-      known.try_emplace(std::string(reinterpret_cast<const char*>(data), size));
-  if (isNew) entry->second = fuzz::tokensOf(data, size);
-  return entry->second;
+/// The joints of inputs, remembered because a load costs as much as a run: a fuzzer changes each
+/// input of its corpus many times over, and what it has just changed several times.
+class Joints {
+ public:
+  std::vector<Token> of(const std::uint8_t* data, std::size_t size) {
+    if (std::equal(last_.begin(), last_.end(), data, data + size)) return lastTokens_;
+    static constexpr std::size_t kMostInputs = 4096;
+    if (known_.size() >= kMostInputs) known_.clear();
+    const auto [entry, isNew] =
+        known_.try_emplace(std::string(reinterpret_cast<const char*>(data), size));
+    if (isNew) entry->second = fuzz::tokensOf(data, size);
+    return entry->second;
+  }
+
+  /// What became of an input, with the joints that are left of it.
+  void keepLast(const Bytes& bytes, const std::vector<Token>& tokens) {
+    last_ = bytes;
+    lastTokens_ = tokens;
+  }
+
+ private:
+  std::unordered_map<std::string, std::vector<Token>> known_;
+  Bytes last_;
+  std::vector<Token> lastTokens_;
+};
+
+Joints& joints() {
+  static Joints all;
+  return all;
 }
 
 /// An input under change, with its joints.
 class Draft {
  public:
   Draft(const std::uint8_t* data, std::size_t size, std::minstd_rand& random)
-      : random_(random), bytes_(data, data + size), tokens_(jointsOf(data, size)) {}
+      : random_(random), bytes_(data, data + size), tokens_(joints().of(data, size)) {}
 
   const Bytes& bytes() const { return bytes_; }
+  const std::vector<Token>& tokens() const { return tokens_; }
   bool hasTokens() const { return !tokens_.empty(); }
 
   void change() {
@@ -97,9 +118,32 @@ class Draft {
             bytes_.begin() + static_cast<long>(endOf_(end - 1))};
   }
 
+  // Joints behind the place move with what they begin, those in it go. They are guesses then, which
+  // is enough to change the input once more.
   void replace_(std::size_t offset, std::size_t size, const Bytes& piece) {
     const auto at = bytes_.begin() + static_cast<long>(offset);
+    if (piece.size() == size) {
+      std::copy(piece.begin(), piece.end(), at);
+      return;
+    }
     bytes_.insert(bytes_.erase(at, at + static_cast<long>(size)), piece.begin(), piece.end());
+    std::vector<Token> moved;
+    moved.reserve(tokens_.size() + 1);
+    for (Token token : tokens_) {
+      if (token.offset >= offset + size) {
+        token.offset += piece.size() - size;
+      } else if (token.offset + token.size > offset) {
+        continue;
+      }
+      moved.push_back(token);
+    }
+    if (!piece.empty()) {
+      const auto next = std::find_if(moved.begin(), moved.end(), [offset](const Token& token) {
+        return token.offset >= offset;
+      });
+      moved.insert(next, {offset, piece.size()});
+    }
+    tokens_ = std::move(moved);
   }
 
   /// A token for which `fits(i)`, the last ones more often; their number if there is none.
@@ -235,9 +279,11 @@ class Draft {
   std::vector<Token> tokens_;
 };
 
-std::size_t give(const Bytes& bytes, std::uint8_t* out, std::size_t maxSize) {
+std::size_t give(const Draft& draft, std::uint8_t* out, std::size_t maxSize) {
+  const Bytes& bytes = draft.bytes();
   const std::size_t size = std::min(bytes.size(), maxSize);
   std::copy_n(bytes.begin(), size, out);
+  if (size == bytes.size()) joints().keepLast(bytes, draft.tokens());
   return size;
 }
 
@@ -248,13 +294,12 @@ std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::s
   std::minstd_rand random(seed);
   random.discard(3);  // equal seeds differ little in the first
   if (random() % 3 == 0) return LLVMFuzzerMutate(data, size, maxSize);
-  for (int edits = 1 + static_cast<int>(random() % 2); edits > 0; --edits) {
-    Draft draft(data, size, random);
+  Draft draft(data, size, random);
+  for (std::size_t edits = 1 + draft.below(2); edits > 0; --edits) {
     if (!draft.hasTokens()) return LLVMFuzzerMutate(data, size, maxSize);
     draft.change();
-    size = give(draft.bytes(), data, maxSize);
   }
-  return size;
+  return give(draft, data, maxSize);
 }
 
 std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* first, std::size_t firstSize,
@@ -266,5 +311,5 @@ std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* first, std::size_t fir
   Draft other(second, secondSize, random);
   if (!draft.hasTokens() || !other.hasTokens()) return 0;
   draft.insert(other.range());
-  return give(draft.bytes(), out, maxSize);
+  return give(draft, out, maxSize);
 }

@@ -122,6 +122,9 @@ TEST(InstantiatorTest, OfAnotherClassOfTheSameNameDoesNotServe) {
   const vxPtrHandle<vxRepBase> other = otherTwin();
   const vxRepBase& object = *other;
   ASSERT_EQ(vfClassName(typeid(object)), vfClassName(typeid(Twin)));
+  if (typeid(object) == typeid(Twin)) {
+    GTEST_SKIP() << "this compiler takes classes of one name in two unnamed namespaces for one";
+  }
   std::ostringstream stream(std::ios::binary);
   vxOutputArchive archive(stream);
   vxPersistent* unused = nullptr;

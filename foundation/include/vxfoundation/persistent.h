@@ -87,8 +87,10 @@ class VXFOUNDATION_EXPORT vxPersistent {
 /// Registers one concrete class, so that an archive can recreate its objects by name.
 ///
 /// One static object per class, built while its library is loaded; the destructor withdraws the
-/// class. Of two registrations with equal names the first stands. Registering is safe while other
-/// threads archive; withdrawing needs them to have finished with the class.
+/// class. Of two registrations with equal names the first stands, and objects of the other class
+/// can't be stored through a pointer. (Give the classes names of their own: clang takes two of one
+/// name in unnamed namespaces for the same class, and so do archives then.) Registering is safe
+/// while other threads archive; withdrawing needs them to have finished with the class.
 class VXFOUNDATION_EXPORT vx_Instantiator {
  public:
   /// Gives a new, default-constructed object that the caller owns.

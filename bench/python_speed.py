@@ -4,7 +4,8 @@
 
 Prints medians of processor time and the time of vxclss as a part of the other's. Both sides get the
 same arrays and one thread, and take turns, so ratios hold on a machine that does other things too.
-What two threads gain is a matter of the clock, and needs a machine that does nothing else.
+What two threads gain is a matter of the clock, and needs a machine that does nothing else. Two
+processes of one thread each, which share nothing, tell what the machine's processors give at most.
 """
 
 from __future__ import annotations
@@ -14,6 +15,7 @@ import os
 os.environ["OMP_NUM_THREADS"] = os.environ["OPENBLAS_NUM_THREADS"] = "1"
 
 import argparse
+import multiprocessing
 import platform
 import statistics
 import time
@@ -44,6 +46,31 @@ def seconds(calls: Dict[str, Callable[[], Any]], repeats: int, inner: int = 1,
                 call()
             times[name].append((clock() - start) / inner)
     return {name: statistics.median(measured) for name, measured in times.items()}
+
+
+def two_processes(work: Callable[[], Any], repeats: int) -> float:
+    """Median seconds of `work` where two processes do it at the same time."""
+    context = multiprocessing.get_context("fork")
+    together = context.Barrier(2)
+    answers = context.SimpleQueue()
+
+    def go() -> None:
+        work()
+        times = []
+        for _ in range(repeats):
+            together.wait()
+            start = time.perf_counter()
+            work()
+            times.append(time.perf_counter() - start)
+        answers.put(times)
+
+    processes = [context.Process(target=go) for _ in range(2)]
+    for process in processes:
+        process.start()
+    times = [answers.get() for _ in processes]
+    for process in processes:
+        process.join()
+    return statistics.median(max(pair) for pair in zip(*times))
 
 
 def shown(what: str, times: Dict[str, float], unit: str = "ms") -> None:
@@ -112,8 +139,9 @@ def main() -> None:
         times = seconds({"two": lambda: tool.run(asked, n_jobs=2),
                          "one": lambda: tool.run(asked, n_jobs=1)}, options.repeats,
                         clock=time.perf_counter)
+        halves = two_processes(lambda: tool.run(asked[:len(asked) // 2]), options.repeats)
         print(f"{name}, {len(asked)} rows: two threads are {times['one'] / times['two']:.2f} times "
-              f"as fast as one")
+              f"as fast as one, two processes {times['one'] / halves:.2f} times")
 
 
 if __name__ == "__main__":

@@ -157,8 +157,8 @@ vxFeaturePattern Numbers::pattern(long numMeasurements, bool withInvalid) {
 }
 
 std::string runs(const vx_ClassifierKNN& classifier, Numbers numbers) {
-  const auto data = classifier.data();
-  const long count = data ? data->numMeasurements() : 2;
+  long count = 2;
+  tryAll([&] { count = classifier.data()->numMeasurements(); });  // none if untrained or damaged
   const auto twin = twinOf(classifier);
   if (!twin) {
     return outcomes(numbers, count,

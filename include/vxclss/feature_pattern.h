@@ -94,7 +94,7 @@ class VXCLSS_EXPORT vxFeaturePattern : public vxPersistent, public vxRepBase {
   static vx_Instantiator sExemplar;
 
   std::vector<double> measurements_;
-  std::vector<bool> validity_;  // as long as measurements_
+  std::vector<bool> validity_;  // as long as measurements_, or empty where all are valid
   long numInvalid_ = 0;         // what validity_ says
   mutable PackedMark packed_;
 };

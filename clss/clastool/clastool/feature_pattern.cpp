@@ -16,13 +16,13 @@ void checkNotNegative(long index) {
 }  // namespace
 
 vxFeaturePattern::vxFeaturePattern(const std::vector<double>& measurements,
-                                   const std::vector<long>& invalidIndices)
-    : validity_(measurements.size(), true) {
+                                   const std::vector<long>& invalidIndices) {
   for (const long index : invalidIndices) {
     checkNotNegative(index);
     if (static_cast<std::size_t>(index) >= measurements.size()) {
       throw vxClassifierDefs::BadIndex(L"Feature measurement indices must be < number of features");
     }
+    if (validity_.empty()) validity_.assign(measurements.size(), true);
     std::vector<bool>::reference isValid = validity_[static_cast<std::size_t>(index)];
     if (isValid) ++numInvalid_;
     isValid = false;
@@ -60,7 +60,8 @@ std::atomic<std::uint64_t> vxFeaturePattern::PackedMark::changes{0};
 
 bool vxFeaturePattern::isValid(long index) const {
   checkNotNegative(index);
-  return index < numMeasurements() && validity_[static_cast<std::size_t>(index)];
+  if (index >= numMeasurements()) return false;
+  return validity_.empty() || validity_[static_cast<std::size_t>(index)];
 }
 
 std::vector<long> vxFeaturePattern::invalidFeatureIndices() {
@@ -96,7 +97,9 @@ void vxFeaturePattern::dispatchSerialize(vxArchive& archive) {
   if (const vx_ArchiveLevel level{archive, *this, typeid(vxFeaturePattern)}) {
     vxPersistent::dispatchSerialize(archive);
     if (archive.isStoring()) {
-      archive || measurements_ || validity_;
+      std::vector<bool> validity = validity_;
+      if (validity.empty()) validity.assign(measurements_.size(), true);
+      archive || measurements_ || validity;
       return;
     }
     std::vector<double> measurements;
@@ -108,8 +111,9 @@ void vxFeaturePattern::dispatchSerialize(vxArchive& archive) {
     mutating_();
     packed_.valueChanges();
     measurements_.swap(measurements);
+    numInvalid_ = std::count(validity.begin(), validity.end(), false);
+    if (numInvalid_ == 0) validity.clear();
     validity_.swap(validity);
-    numInvalid_ = std::count(validity_.begin(), validity_.end(), false);
   }
 }
 

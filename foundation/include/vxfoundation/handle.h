@@ -157,9 +157,20 @@ class vxPtrHandle_const : public vx_HandleBase<const T> {
       : vx_HandleBase<const T>(other.get()) {}
 };
 
+/// Whether a U can be taken for a T without a look at it: not so where a base is virtual.
+template <class T, class U, class = void>
+constexpr bool vx_isStaticallyCast = false;
+template <class T, class U>
+constexpr bool vx_isStaticallyCast<
+    T, U, std::void_t<decltype(static_cast<const T&>(std::declval<const U&>()))>> = true;
+
 /// `object` as the class that its user needs; vxBadPointer if it is of another one.
 template <class T, class U>
 const T& vfCheckedCast(const U& object) {
+  if constexpr (vx_isStaticallyCast<T, U>) {
+    // Mostly it is of that very class, which is seen at once.
+    if (typeid(object) == typeid(T)) return static_cast<const T&>(object);
+  }
   const T* cast = dynamic_cast<const T*>(&object);
   if (cast == nullptr) vfThrowBadPointer();
   return *cast;

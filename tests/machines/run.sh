@@ -35,6 +35,8 @@ broken=0
 for build in "${builds[@]}"; do
   directory=build/machines-$build
   start=$SECONDS
+  # What a configuration without its compiler left behind would spoil the next one.
+  [[ -e $directory/build.ninja ]] || rm -rf "$directory"
   mkdir -p "$directory"
   if ! { configure "$build" "$directory" && cmake --build "$directory" --target machine_tests &&
          ctest --test-dir "$directory" --verbose; } >"$directory/log" 2>&1; then

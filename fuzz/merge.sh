@@ -5,8 +5,14 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# Together the files stay below 2 MB, and replaying them takes seconds.
-largest=1024
+# Together the files stay below 2 MB, and replaying them takes seconds. Models and tools hold more
+# than other objects.
+largestOf() {
+  case $1 in
+    model_file | tool) echo 768 ;;
+    *) echo 448 ;;
+  esac
+}
 
 if [[ $# -eq 0 ]]; then
   for source in fuzz/*_fuzz.cpp; do set -- "$@" "$(basename "${source%_fuzz.cpp}")"; done
@@ -14,6 +20,7 @@ fi
 build=${VXCLSS_FUZZ_BUILD:-build/fuzz}
 for target in "$@"; do
   work=$build/state/$target
+  largest=$(largestOf "$target")
   rm -rf "$work/small" "$work/merged"
   mkdir -p "$work/small" "$work/merged" "$work/findings"
   find "$work/corpus" -type f -size -$((largest + 1))c -exec cp -t "$work/small" {} +

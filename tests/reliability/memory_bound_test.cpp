@@ -243,4 +243,15 @@ TEST_P(MemoryBoundTest, HoldsForALoadAndTheFirstRun) {
 INSTANTIATE_TEST_SUITE_P(Dense, MemoryBoundTest, testing::ValuesIn(denseArchives()),
                          [](const testing::TestParamInfo<Dense>& row) { return row.param.name; });
 
+TEST(PatternMemoryTest, IsThatOfTheNumbersWhileAllAreValid) {
+  const std::vector<double> numbers = wave(16);
+  const allocator::Meter meter;
+  const vxFeaturePattern pattern(numbers, {});
+  EXPECT_EQ(meter.bytesTaken(), 16 * sizeof(double));
+  const vxFeaturePattern copy(pattern);
+  EXPECT_EQ(meter.bytesTaken(), 2 * 16 * sizeof(double));
+  const vxFeaturePattern withInvalid(numbers, {3});
+  EXPECT_GT(meter.bytesTaken(), 3 * 16 * sizeof(double));
+}
+
 }  // namespace

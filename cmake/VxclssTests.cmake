@@ -27,8 +27,14 @@ function(vxclss_tests name)
     target_compile_options(${name} PRIVATE -O0)
   endif()
   # Undefined behaviour is looked for in what is tested; in the tests it would take half as long again.
+  # Of these options the last one holds, and those of a linked library come last.
   if(VXCLSS_SANITIZE MATCHES "undefined")
-    target_compile_options(${name} PRIVATE -fno-sanitize=undefined,float-cast-overflow)
+    if(NOT TARGET vxclss_test_build)
+      add_library(vxclss_test_build INTERFACE)
+      target_compile_options(vxclss_test_build INTERFACE
+        -fno-sanitize=undefined,float-cast-overflow)
+    endif()
+    target_link_libraries(${name} PRIVATE vxclss_test_build)
   endif()
   # Half of a test's compile time is what nearly all of them include.
   target_precompile_headers(${name} PRIVATE

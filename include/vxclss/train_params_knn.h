@@ -49,6 +49,8 @@ class VXCLSS_EXPORT vxClassifierTrainParamsKNN : public vxClassifierTrainParams 
   void dispatchSerialize(vxArchive& archive) override;
 
  private:
+  friend class vx_ClassifierKNN;
+
   static vxPersistent* make();
   static vx_Instantiator sExemplar;
 

@@ -145,7 +145,8 @@ void vx_ClassifierKNN::findNearestNeighbors_(const vxFeaturePattern& pattern, lo
 bool vx_ClassifierKNN::findQuickly_(const vxFeaturePattern& pattern,
                                     vx_NeighbourSearch& search) const {
   const vxClassifierDataProviderMemory& data = *data_;
-  const vxPatternDistanceMetric* metric = params_.distanceMetric().get();
+  // No handle of its own: threads that run at once would hand its count to and fro.
+  const vxPatternDistanceMetric* metric = params_.distanceMetric_.get();
   // A host's own class may answer otherwise.
   if (metric == nullptr || typeid(*metric) != typeid(vxPatternDistanceMetricNorm) ||
       typeid(data) != typeid(vxClassifierDataProviderMemory)) {

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 import copy
 import pickle
+import pprint
 
 import numpy as np
 import pytest
@@ -74,6 +75,11 @@ def test_an_object_survives_archives_pickles_and_copies(sample, duplicate):
     assert repr(other) == repr(sample)
     if type(sample).__eq__ is not object.__eq__ and not isinstance(sample, vxclss.ClassifierKNN):
         assert other == sample
+
+
+@pytest.mark.parametrize("sample", [*SAMPLES, DistributionType.NORMAL], ids=[*NAMES, "type"])
+def test_pprint_shows_what_repr_does(sample):
+    assert pprint.pformat(sample, width=1) == repr(sample)
 
 
 def test_objects_of_a_list_are_shared_in_its_pickle():

@@ -19,6 +19,12 @@ def test_costs_are_looked_up_by_ordered_pair():
     assert eval(repr(costs)) == costs
 
 
+def test_an_estimator_shows_long_costs():
+    sklearn = pytest.importorskip("vxclss.sklearn")
+    costs = Costs(1.0, {(i, j): 2.0 for i in range(5) for j in range(5) if i != j})
+    assert repr(costs) in repr(sklearn.BayesClassifier(costs=costs))
+
+
 def test_what_costs_refuse():
     for default, overrides, error in [(-1.0, None, BadParams), (1.0, {(0, 1): -1.0}, BadParams),
                                       (1.0, {(1, 1): 1.0}, BadLabel),

@@ -17,6 +17,9 @@ Names are those of C++ without their prefixes and in Python's spelling: ``vxClas
 ``Tool``, ``numMeasurements()`` the property ``num_measurements``.
 """
 
+from typing import Any as _Any, Callable as _Callable
+
+from . import _core
 from ._batch import BatchResult
 from ._core import (
     BinomialDensity,
@@ -151,3 +154,19 @@ __all__ = [
     "save",
     "use_attention_handler",
 ]
+
+
+def _give_hashable_reprs() -> None:
+    # pprint, and with it scikit-learn, looks up in a dict what type(obj).__repr__ is; the methods
+    # of a compiled class have no hash.
+    def plain(compiled: _Callable[[_Any], str]) -> _Callable[[_Any], str]:
+        def __repr__(self: _Any) -> str:
+            return compiled(self)
+        return __repr__
+
+    for value in vars(_core).values():
+        if isinstance(value, type) and "__repr__" in vars(value):
+            setattr(value, "__repr__", plain(getattr(value, "__repr__")))
+
+
+_give_hashable_reprs()

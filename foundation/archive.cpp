@@ -49,8 +49,10 @@ bool areAllSet(const unsigned char* flags, std::size_t count) {
 }
 
 std::vector<bool> loadedFlags(vxArchive& archive, std::size_t count) {
-  // Setting many at once is fast, and of what patterns hold nearly all are set.
-  std::vector<bool> flags(std::min(count, vx_ArchiveBytes::numReady(archive)), true);
+  // Setting many at once is fast, and of what patterns hold nearly all are set. But bytes that are
+  // there need not be flags, so that the first piece may be the last.
+  constexpr std::size_t kMostAhead = 16 * kPieceBytes;
+  std::vector<bool> flags(std::min({count, vx_ArchiveBytes::numReady(archive), kMostAhead}), true);
   unsigned char piece[kPieceBytes];
   std::size_t size = 0;
   for (std::size_t done = 0; done < count; done += size) {

@@ -12,7 +12,8 @@
 enum class DeviceFault { kEnds, kFails, kThrows };
 
 /// Reads from bytes or writes to some, and takes no memory for it. At one byte it may fault: end
-/// there, set the fail bit of its stream, or throw Broken.
+/// there, set the fail bit of its stream, or throw Broken. It holds one byte ready, as a stream
+/// that waits for each would.
 class FaultyDevice : public std::streambuf {
  public:
   struct Broken {};
@@ -27,8 +28,14 @@ class FaultyDevice : public std::streambuf {
   }
   void repair() { stream_ = nullptr; }
 
+  /// Holds all bytes ready, as a stream of a text in memory does.
+  void offerAll() {
+    setg(toRead_.data(), toRead_.data(), toRead_.data() + toRead_.size());
+    next_ = toRead_.size();
+  }
+
   /// How many bytes were read, and which ones were written.
-  std::size_t numRead() const { return next_; }
+  std::size_t numRead() const { return next_ - static_cast<std::size_t>(egptr() - gptr()); }
   const std::string& written() const { return written_; }
 
  protected:

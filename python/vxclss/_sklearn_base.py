@@ -96,12 +96,14 @@ def frequencies_of(frequencies: FrequenciesByName, classes: Names,
 @contextmanager
 def unchanged_on_failure(estimator: Any) -> Iterator[None]:
     """A fit that fails leaves the estimator as it was."""
-    previous = dict(estimator.__dict__)
+    attributes = estimator.__dict__
+    previous = dict(attributes)
     try:
         yield
     except BaseException:
-        estimator.__dict__.clear()
-        estimator.__dict__.update(previous)
+        attributes.update(previous)  # first, as another thread may read them
+        for name in attributes.keys() - previous.keys():
+            del attributes[name]
         raise
 
 

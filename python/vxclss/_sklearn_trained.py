@@ -3,7 +3,8 @@
 
 from __future__ import annotations
 
-from typing import Any, List, Optional, Sequence, Tuple, TypeVar, Union
+from threading import RLock
+from typing import Any, Dict, List, Optional, Sequence, Tuple, TypeVar, Union
 
 import numpy as np
 import numpy.typing as npt
@@ -32,10 +33,26 @@ class TrainedEstimator(ToolEstimator):
 
     A tool never changes once it is in an estimator: further training makes a new one, so copies of
     an estimator may share it.
+
+    Once there are classes, any number of threads may ask, add rows, retrain, copy and pickle at the
+    same time. A question is answered from what was learnt at one moment: all rows of a partial_fit()
+    that has returned, and no part of the rows of one that has not. fit() and set_params() need the
+    estimator for themselves.
     """
 
     # Rows that tool_ has not learnt yet.
     _pending: Tuple[_Chunk, ...]
+
+    @property
+    def _lock(self) -> Any:
+        """Held by whoever changes what is learnt; of this object alone, and in no copy."""
+        return self.__dict__.setdefault("_own_lock", RLock())
+
+    def __getstate__(self) -> Dict[str, Any]:
+        with self._lock:
+            state = dict(super().__getstate__())
+        del state["_own_lock"]
+        return state
 
     def _params(self, counts: Optional[Integers]) -> TrainParams:
         raise NotImplementedError
@@ -56,7 +73,7 @@ class TrainedEstimator(ToolEstimator):
 
         Raises ValueError for X, y or parameters that the technique can't learn from.
         """
-        with unchanged_on_failure(self):
+        with self._lock, unchanged_on_failure(self):
             rows, names = self._checked_training(X, y, reset=True)
             self.classes_, codes = np.unique(names, return_inverse=True)
             self._tool, self._pending = None, ()
@@ -74,18 +91,19 @@ class TrainedEstimator(ToolEstimator):
         Raises ValueError for a label that is none of the classes; NotSupported if the rows learnt
         before are not kept.
         """
-        first = "classes_" not in vars(self)
-        if not first:
-            self._check_can_grow()
-        with unchanged_on_failure(self):
-            rows, names = self._checked_training(X, y, reset=first)
-            if first or classes is not None:
-                _check_partial_fit_first_call(self, classes)
-            if first:
-                self._tool, self._pending = None, ()
-            codes = codes_of(names, self.classes_)
-            # The caller may change its arrays before the rows are learnt.
-            self._pending += ((np.array(rows), codes),)
+        with self._lock:
+            first = "classes_" not in vars(self)
+            if not first:
+                self._check_can_grow()
+            with unchanged_on_failure(self):
+                rows, names = self._checked_training(X, y, reset=first)
+                if first or classes is not None:
+                    _check_partial_fit_first_call(self, classes)
+                if first:
+                    self._tool, self._pending = None, ()
+                codes = codes_of(names, self.classes_)
+                # The caller may change its arrays before the rows are learnt.
+                self._pending += ((np.array(rows), codes),)
         return self
 
     def retrain(self: _Self) -> _Self:
@@ -94,8 +112,9 @@ class TrainedEstimator(ToolEstimator):
         After ``set_params(costs=...)`` for example. Raises BadParams for other changes.
         """
         check_is_fitted(self, "classes_")
-        fresh = Tool.from_bytes(self.tool_.to_bytes())
-        self._tool = fresh.retrain(self._params(self._counts()))
+        with self._lock:
+            fresh = Tool.from_bytes(self.tool_.to_bytes())
+            self._tool = fresh.retrain(self._params(self._counts()))
         return self
 
     def _counts(self) -> Optional[Integers]:
@@ -104,10 +123,11 @@ class TrainedEstimator(ToolEstimator):
     @property
     def tool_(self) -> Tool:
         """What answers, with all rows learnt. Raises what the technique says of the rows."""
-        if "classes_" in vars(self) and self._pending:
-            tool = self._tool_with(self._pending)
-            self._tool, self._pending = tool, ()
-        return ToolEstimator.tool_.fget(self)  # type: ignore[attr-defined,no-any-return]
+        with self._lock:
+            if "classes_" in vars(self) and self._pending:
+                tool = self._tool_with(self._pending)
+                self._tool, self._pending = tool, ()
+            return ToolEstimator.tool_.fget(self)  # type: ignore[attr-defined,no-any-return]
 
 
 class BayesClassifier(TrainedEstimator):

@@ -59,6 +59,15 @@ def test_a_confusion_matrix_of_given_classes_in_percent(ax):
         plot.confusion_matrix(ax, [1, 4], [1])
 
 
+def test_a_confusion_matrix_of_nothing_or_of_mixed_kinds_is_refused(ax):
+    with pytest.raises(ValueError, match="no rows"):
+        plot.confusion_matrix(ax, [], [])
+    with pytest.raises(ValueError, match="can't be compared: int, str"):
+        plot.confusion_matrix(ax, ["1", "2"], [1, 2])
+    with pytest.raises(ValueError, match="can't be compared"):
+        plot.confusion_matrix(ax, [1.0, np.nan], [1.0, 2.0])
+
+
 def test_decision_regions_are_the_classifiers_decisions(ax):
     X, y = named(width=3)
     fitted = BayesClassifier().fit(X, y)
@@ -78,6 +87,39 @@ def test_decision_regions_are_the_classifiers_decisions(ax):
     at_median = X.copy()
     black = (rims[:, :3] == 0.0).all(axis=1).sum()
     assert len(rims) == len(X) and black == (fitted.predict(at_median) != y).sum()
+
+
+def points_of(axis):
+    return {points.get_label(): len(points.get_offsets()) for points in axis.collections
+            if points.get_zorder() == 2}
+
+
+def test_decision_regions_show_points_of_longer_names_and_of_other_numbers(ax):
+    X, y = mixture(120, 2, 3)
+    names = np.array(["a", "b", "c"])[y]
+    truth = np.where(y == 1, "aardvark", names)
+    plot.decision_regions(ax, BayesClassifier().fit(X, names), X, truth, resolution=20)
+    assert points_of(ax) == {"a": (y == 0).sum(), "aardvark": (y == 1).sum(), "b": 0,
+                             "c": (y == 2).sum()}
+    ax.clear()
+    plot.decision_regions(ax, BayesClassifier().fit(X, y), X, y + 0.0, resolution=20)
+    assert points_of(ax) == {str(label): (y == label).sum() for label in range(3)}
+    ax.clear()
+    plot.decision_regions(ax, BayesClassifier().fit(X, y), X, y + 0.5, resolution=20)
+    assert sum(points_of(ax).values()) == 120
+
+
+@pytest.mark.parametrize("bad, text", [
+    (lambda y: y[:-1], r"y of shape \(199,\) for 200 rows"),
+    (lambda y: y[:, None], "y of shape"),
+    (lambda y: np.arange(len(y)), "can't be compared"),
+    (lambda y: np.where(np.arange(len(y)) == 7, None, y), "can't be compared"),
+])
+@pytest.mark.parametrize("draw", [plot.decision_regions, plot.densities, plot.reject_curve])
+def test_a_truth_that_does_not_fit_is_refused(ax, draw, bad, text):
+    X, y = named()
+    with pytest.raises(ValueError, match=text):
+        draw(ax, BayesClassifier().fit(X, y), X, bad(y))
 
 
 def test_decision_regions_of_a_tool(ax):
@@ -120,6 +162,26 @@ def test_densities_are_those_of_the_model(ax, dependent):
         assert round(abs(steps.sum()), 6) == 1.0
 
 
+@pytest.mark.parametrize("measurement", [-1, 2])
+def test_densities_of_a_column_that_is_not_there_are_refused(ax, measurement):
+    X, y = named()
+    with pytest.raises(ValueError, match=f"no measurement {measurement} in X"):
+        plot.densities(ax, BayesClassifier().fit(X, y), X, y, measurement=measurement)
+
+
+def test_densities_of_a_column_without_numbers_are_refused(ax):
+    X, y = named()
+    fitted = BayesClassifier().fit(X, y)
+    with pytest.raises(ValueError, match="measurement 0 has no finite number"):
+        plot.densities(ax, fitted, np.full_like(X, np.nan), y)
+
+
+def test_a_class_without_rows_has_its_curve_alone(ax):
+    X, y = named()
+    plot.densities(ax, BayesClassifier().fit(X, y), X[y != "nut"], y[y != "nut"])
+    assert (len(ax.get_lines()), len(ax.patches)) == (3, 2)
+
+
 def test_binomial_densities_have_a_dot_for_each_success(ax):
     random = np.random.default_rng(0)
     X = random.binomial(8, 0.4, 300)[:, None]
@@ -158,6 +220,19 @@ def test_a_reject_curve_rejects_the_doubtful_first(ax):
     assert ax.get_lines()[2].get_ydata().tolist() == errors.tolist()
     with pytest.raises(ValueError, match="no rows"):
         plot.reject_curve(ax, fitted, X[:0], y[:0])
+
+
+def test_a_reject_curve_rejects_rows_without_a_score_first(ax):
+    class Doubtful:
+        def predict_proba(self, X):
+            return np.array([[0.9, 0.1], [np.nan, np.nan], [0.6, 0.4], [np.nan, np.nan]])
+
+        def predict(self, X):
+            return np.array([0, 1, 1, 1])
+
+    plot.reject_curve(ax, Doubtful(), np.zeros((4, 1)), [0, 0, 1, 0])
+    rejected, errors = ax.get_lines()[0].get_data()
+    assert rejected.tolist() == [0.0, 50.0, 75.0] and errors.tolist() == [50.0, 0.0, 0.0]
 
 
 def test_nothing_global_is_changed(ax):

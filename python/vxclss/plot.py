@@ -46,12 +46,16 @@ def confusion_matrix(ax: Axes, truth: npt.ArrayLike, decided: npt.ArrayLike, *,
         All classes, in order; None: those that occur, sorted. Raises ValueError for others.
     normalize : bool
         Write shares of the row in percent instead of counts.
+
+    Raises ValueError for lists of different length, without rows, or of names that can't be
+    compared, such as texts and numbers.
     """
     true_names, decided_names = np.asarray(truth), np.asarray(decided)
     if true_names.shape != decided_names.shape or true_names.ndim != 1:
         raise ValueError(f"truth of shape {true_names.shape}, decisions of {decided_names.shape}")
-    names = np.unique(np.concatenate([true_names, decided_names])) if classes is None \
-        else np.asarray(classes)
+    if len(true_names) == 0:
+        raise ValueError("no rows to draw")
+    names = _sorted_names(true_names, decided_names) if classes is None else np.asarray(classes)
     counts = np.zeros((len(names), len(names)), np.int64)
     np.add.at(counts, (_places(true_names, names), _places(decided_names, names)), 1)
     shares = counts / np.maximum(counts.sum(axis=1, keepdims=True), 1)
@@ -106,11 +110,16 @@ def decision_regions(ax: Axes, classifier: Any, X: npt.ArrayLike,
         Points along each axis that the classifier is asked about.
     names : None or two str
         What the axes are called; None: the names of the classifier's columns, if it has any.
+
+    Raises ValueError for no rows, columns that X has not, and a y of another length or of names
+    that can't be compared with the classifier's, such as texts and numbers.
     """
     rows = np.asarray(X, dtype=float)
     across, up = columns
     if rows.ndim != 2 or not (0 <= across < rows.shape[1] and 0 <= up < rows.shape[1]):
         raise ValueError(f"no columns {columns} in X of shape {rows.shape}")
+    if len(rows) == 0:
+        raise ValueError("no rows to draw")
     fixed = np.nanmedian(rows, axis=0) if others is None else np.asarray(others, dtype=float)
     if fixed.shape != rows.shape[1:]:
         raise ValueError(f"others of shape {fixed.shape}, rows of {rows.shape[1:]}")
@@ -118,10 +127,10 @@ def decision_regions(ax: Axes, classifier: Any, X: npt.ArrayLike,
     grid = np.tile(fixed, (resolution * resolution, 1))
     grid[:, across] = np.tile(xs, resolution)
     grid[:, up] = np.repeat(ys, resolution)
+    truth = None if y is None else _truth_of(y, rows)
     decisions = _decisions(classifier, grid)
-    truth = None if y is None else np.asarray(y)
-    known = _classes(classifier, decisions if truth is None else
-                     np.concatenate([decisions, truth.astype(decisions.dtype, copy=False)]))
+    known = _sorted_names(np.asarray(getattr(classifier, "classes_", decisions[:0])), decisions,
+                          *([] if truth is None else [truth]))
     regions = _places(decisions, known).reshape(resolution, resolution)
 
     light = ListedColormap([_lighter(_colour(i), 0.65) for i in range(len(known))])
@@ -166,27 +175,37 @@ def densities(ax: Axes, classifier: Any, X: npt.ArrayLike, y: npt.ArrayLike, *,
     classifier : BayesClassifier, or Tool trained by the Bayesian technique
         Raises TypeError for another one.
     X, y : (n, d), (n,)
-        Rows and their classes (labels, for a Tool). NaN is left out.
+        Rows and their classes (labels, for a Tool). NaN and rows of other classes are left out.
     measurement : int
         Column of X.
     bins : int, str or array-like
         As for ``numpy.histogram_bin_edges``, over all classes.
     name : None or str
         What the measurement is called.
+
+    Raises ValueError for a column that X has not, one without a finite number, and a y of another
+    length or of names that can't be compared with the classifier's.
     """
     tool = classifier if isinstance(classifier, Tool) else getattr(classifier, "tool_", None)
     technique = tool.classifier if isinstance(tool, Tool) else None
     if not isinstance(technique, ClassifierBayesian):
         raise TypeError(f"{classifier!r} has no densities")
-    values, truth = np.asarray(X, dtype=float)[:, measurement], np.asarray(y)
+    rows = np.asarray(X, dtype=float)
+    if rows.ndim != 2 or not 0 <= measurement < rows.shape[1]:
+        raise ValueError(f"no measurement {measurement} in X of shape {rows.shape}")
+    values, truth = rows[:, measurement], _truth_of(y, rows)
+    if not np.isfinite(values).any():
+        raise ValueError(f"measurement {measurement} has no finite number")
     edges = np.histogram_bin_edges(values[np.isfinite(values)], bins=bins)
     names: Sequence[Any] = getattr(classifier, "classes_", range(2 ** 31))
+    _sorted_names(truth, np.asarray(names[:1]))  # refuses what can't be compared
     models = sorted(technique.category_models, key=lambda model: model.category_label)
     for i, model in enumerate(models):
         called = names[model.category_label]
         here = values[(truth == called) & np.isfinite(values)]
-        ax.hist(here, bins=edges, density=True, color=_lighter(_colour(i), 0.6), alpha=0.65,
-                edgecolor=_colour(i), linewidth=0.6, histtype="stepfilled")
+        if np.histogram(here, edges)[0].any():  # matplotlib divides by the number of them
+            ax.hist(here, bins=edges, density=True, color=_lighter(_colour(i), 0.6), alpha=0.65,
+                    edgecolor=_colour(i), linewidth=0.6, histtype="stepfilled")
         _draw_density(ax, model, measurement, edges, i, str(called))
     ax.set_xlabel(name or _column_names(classifier, (measurement, measurement))[0])
     ax.set_ylabel("density")
@@ -201,7 +220,8 @@ def reject_curve(ax: Axes, classifier: Any, X: npt.ArrayLike, y: npt.ArrayLike, 
     """How many mistakes remain where the doubtful patterns are rejected.
 
     Patterns are rejected by their highest class score, the lowest first, those of equal score
-    together. Several classifiers may be drawn on one axis.
+    together; one whose scores are NaN has none, and goes before all others. Several classifiers
+    may be drawn on one axis.
 
     Parameters
     ----------
@@ -210,20 +230,27 @@ def reject_curve(ax: Axes, classifier: Any, X: npt.ArrayLike, y: npt.ArrayLike, 
         Rows that were not used in training, and their true classes (labels, for a Tool).
     label : None or str
         What the legend calls the classifier.
+
+    Raises ValueError for no rows, and a y of another length or of names that can't be compared
+    with the classifier's.
     """
     truth = np.asarray(y)
-    if len(truth) == 0:
+    if truth.size == 0:
         raise ValueError("no rows to draw")
     if isinstance(classifier, Tool):
         answers = classifier.run(X)
-        scores, wrong = answers.class_scores.max(axis=1), answers.labels != truth
+        all_scores, decided = answers.class_scores, answers.labels
     else:
-        scores = classifier.predict_proba(X).max(axis=1)
-        wrong = np.asarray(classifier.predict(X)) != truth
+        all_scores, decided = classifier.predict_proba(X), np.asarray(classifier.predict(X))
+    truth = _truth_of(y, decided)
+    _sorted_names(decided, truth)  # refuses what can't be compared
+    wrong = decided != truth
+    scores = np.where(np.isnan(all_scores), -np.inf, all_scores).max(axis=1)
     order = np.argsort(scores, kind="stable")
     kept = len(truth) - np.arange(len(truth))
     errors = wrong[order][::-1].cumsum()[::-1] / kept
-    first = np.concatenate([[True], np.diff(scores[order]) > 0.0])  # of those with equal scores
+    scores = scores[order]
+    first = np.concatenate([[True], scores[1:] > scores[:-1]])  # of those with equal scores
     rejected = np.arange(len(truth)) / len(truth)
     number = sum(line.get_gid() == "reject curve" for line in ax.get_lines())
     ax.plot(100.0 * rejected[first], 100.0 * errors[first], color=_colour(number), linewidth=1.8,
@@ -306,9 +333,24 @@ def _decisions(classifier: Any, rows: _Floats) -> npt.NDArray[Any]:
     return np.asarray(classifier.predict(rows))
 
 
-def _classes(classifier: Any, seen: npt.NDArray[Any]) -> npt.NDArray[Any]:
-    known: List[Any] = list(getattr(classifier, "classes_", []))
-    return np.array(sorted(set(known) | set(seen.tolist())))
+def _truth_of(y: npt.ArrayLike, rows: npt.NDArray[Any]) -> npt.NDArray[Any]:
+    truth = np.asarray(y)
+    if truth.shape != rows.shape[:1]:
+        raise ValueError(f"y of shape {truth.shape} for {len(rows)} rows")
+    return truth
+
+
+def _sorted_names(*names: npt.NDArray[Any]) -> npt.NDArray[Any]:
+    """All names, each once. Raises ValueError for texts among numbers, NaN, what has no order."""
+    texts = [array.dtype.kind in "US" for array in names if array.dtype.kind != "O"]
+    values = {name for array in names for name in array.tolist()}
+    try:
+        if (any(texts) and not all(texts)) or any(value != value for value in values):
+            raise TypeError
+        return np.array(sorted(values))
+    except TypeError:
+        kinds = sorted({type(value).__name__ for value in values})
+        raise ValueError(f"names of kinds that can't be compared: {', '.join(kinds)}") from None
 
 
 def _column_names(classifier: Any, columns: Tuple[int, int]) -> Tuple[str, str]:

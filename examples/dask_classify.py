@@ -142,6 +142,8 @@ def on_workers(data: bytes, options: argparse.Namespace) -> Dict[int, Answers]:
             queue.update(send())
             if len(found) - 1 == kill_at:
                 kill_one(client)
+        # A worker that is started anew while the cluster closes would complain.
+        client.wait_for_workers(options.workers)
     return found
 
 
@@ -157,10 +159,10 @@ def in_one_process(tool: vxclss.Tool, options: argparse.Namespace) -> Dict[int, 
 
 def parsed(arguments: List[str]) -> argparse.Namespace:
     def count(text: str) -> int:
-        number = int(float(text))
-        if number < 1:
-            raise argparse.ArgumentTypeError(f"{text} is not at least 1")
-        return number
+        number = float(text)
+        if not 1 <= number < 2.0 ** 63:
+            raise argparse.ArgumentTypeError(f"{text} is not at least 1 and below 2^63")
+        return int(number)
 
     parser = argparse.ArgumentParser(
         description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)

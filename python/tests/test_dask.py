@@ -62,6 +62,7 @@ def test_a_killed_worker_loses_nothing():
     assert done.returncode == 0, done.stdout + done.stderr
     assert "killing the worker at" in done.stderr
     assert "equal: all 20 partitions" in done.stdout
+    assert "Traceback" not in done.stderr and "assert not self.closed" not in done.stderr
 
 
 def test_rows_may_travel_too():
@@ -73,7 +74,9 @@ def test_rows_may_travel_too():
 def test_the_example_tells_its_options():
     done = run("--help")
     assert done.returncode == 0 and "--kill" in done.stdout
-    assert run("--rows", "0").returncode == 2
+    for count in ("0", "inf", "-inf", "nan", "1e30", "many"):
+        refused = run(f"--rows={count}")
+        assert refused.returncode == 2 and "error: argument --rows" in refused.stderr
 
 
 @pytest.mark.parametrize("technique", ["bayes", "knn", "tree"])

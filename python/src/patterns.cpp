@@ -109,22 +109,24 @@ void extend(Provider& provider, const py::object& X, const py::object& y) {
     throw py::value_error("X has " + std::to_string(rows.size()) + " rows and y has " +
                           std::to_string(labels.size()) + " labels");
   }
-  const long before = provider.numPatterns();
   std::vector<PatternHandle> patterns;
-  std::vector<long> allLabels;
-  patterns.reserve(static_cast<std::size_t>(before) + labels.size());
-  allLabels.reserve(patterns.capacity());
-  for (long i = 0; i < before; ++i) {
-    patterns.push_back(provider.featurePattern(i));
-    allLabels.push_back(provider.categoryLabel(i));
-  }
+  patterns.reserve(labels.size());
   PatternMaker maker(rows.width());
   for (std::ptrdiff_t i = 0; i < rows.size(); ++i) {
     rows.read(i, maker.values());
     patterns.emplace_back(new Pattern(maker.make()));
   }
-  allLabels.insert(allLabels.end(), labels.begin(), labels.end());
-  provider.data(patterns, allLabels);
+  if (provider.numPatterns() == 0) {
+    provider.data(patterns, labels);
+    return;
+  }
+  // What data() would refuse of all patterns, the new ones and one of the others show.
+  std::vector<PatternHandle> shown = patterns;
+  std::vector<long> shownLabels = labels;
+  shown.insert(shown.begin(), provider.featurePattern(0));
+  shownLabels.insert(shownLabels.begin(), provider.categoryLabel(0));
+  Provider().data(shown, shownLabels);
+  for (std::size_t i = 0; i < labels.size(); ++i) provider.addData(patterns[i], labels[i]);
 }
 
 py::array_t<double> matrixOf(const Provider& provider) {

@@ -83,6 +83,7 @@ def test_appending_and_extending_give_the_same_provider():
         one_by_one.append(row, label)
     at_once = vxclss.DataProvider(X[:1], y[:1], name="a")
     at_once.extend(X[1:], y[1:])
+    at_once.extend(np.empty((0, 2)), [])
     assert one_by_one == at_once
     assert one_by_one.name == "a"
 
@@ -96,6 +97,8 @@ def test_appending_and_extending_give_the_same_provider():
     ([[1.0]], ["1"], TypeError, "y holds <U1, not real numbers"),
     ([[1.0, 2.0, 3.0]], [0], vxclss.BadFeatures, ""),
     ([[1.0, 2.0]], [-2], vxclss.BadLabel, ""),
+    ([[1.0, 2.0], [3.0, 4.0]], [0, -2], vxclss.BadLabel, ""),
+    ([[1.0, 2.0, 3.0]], [-2], vxclss.BadFeatures, ""),
     ([[1.0, 2.0]], None, ValueError, ""),
 ])
 def test_what_a_provider_refuses_leaves_it_as_it_was(X, y, error, text):

@@ -171,6 +171,27 @@ def test_partial_fit_gives_bit_for_bit_what_one_fit_gives(estimator, cuts, asked
 
 
 @pytest.mark.parametrize("estimator", GROWING)
+def test_many_small_partial_fits_are_learnt_in_one_training(estimator, monkeypatch):
+    X, y = named()
+    train, learnt = estimator._tool_with, []
+
+    def counted(self, rows, codes):
+        learnt.append(len(rows))
+        return train(self, rows, codes)
+
+    monkeypatch.setattr(estimator, "_tool_with", counted)
+    growing = estimator()
+    for rows, names in zip(np.split(X, 60), np.split(y, 60)):
+        growing.partial_fit(rows.astype(np.float32), names, classes=np.unique(y))
+    growing.predict(X)
+    growing.partial_fit(X, y)
+    growing.predict(X)
+    assert learnt == [120, 120]
+    assert bits(growing.predict_proba(X)) == bits(estimator().fit(
+        np.vstack([X.astype(np.float32), X]), np.concatenate([y, y])).predict_proba(X))
+
+
+@pytest.mark.parametrize("estimator", GROWING)
 def test_classes_without_rows_so_far_have_no_answer(estimator):
     X, y = named()
     growing = estimator().partial_fit(X[y != "nut"], y[y != "nut"], classes=np.unique(y))

@@ -28,13 +28,13 @@ def meanwhile(monkeypatch, estimator, *actions):
     train = estimator._tool_with
     threads = [threading.Thread(target=action) for action in actions]
 
-    def slowly(self, chunks):
+    def slowly(self, rows, codes):
         monkeypatch.setattr(estimator, "_tool_with", train)
         for thread in threads:
             thread.start()
         for thread in threads:
             thread.join(0.05)
-        return train(self, chunks)
+        return train(self, rows, codes)
 
     monkeypatch.setattr(estimator, "_tool_with", slowly)
     return threads

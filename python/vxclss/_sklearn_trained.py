@@ -40,8 +40,8 @@ class TrainedEstimator(ToolEstimator):
     estimator for themselves.
     """
 
-    # Rows that tool_ has not learnt yet.
-    _pending: Tuple[_Chunk, ...]
+    # Rows that tool_ has not learnt yet, as they came.
+    _pending: List[_Chunk]
 
     @property
     def _lock(self) -> Any:
@@ -51,14 +51,16 @@ class TrainedEstimator(ToolEstimator):
     def __getstate__(self) -> Dict[str, Any]:
         with self._lock:
             state = dict(super().__getstate__())
+            if "_pending" in state:
+                state["_pending"] = list(state["_pending"])
         del state["_own_lock"]
         return state
 
     def _params(self, counts: Optional[Integers]) -> TrainParams:
         raise NotImplementedError
 
-    def _tool_with(self, chunks: Tuple[_Chunk, ...]) -> Tool:
-        """A new tool that has learnt what the present one has, and the chunks."""
+    def _tool_with(self, rows: npt.NDArray[Any], codes: Integers) -> Tool:
+        """A new tool that has learnt what the present one has, and the rows."""
         raise NotImplementedError
 
     def _kept(self, rows: npt.NDArray[Any]) -> npt.NDArray[Any]:
@@ -76,8 +78,8 @@ class TrainedEstimator(ToolEstimator):
         with self._lock, unchanged_on_failure(self):
             rows, names = self._checked_training(X, y, reset=True)
             self.classes_, codes = np.unique(names, return_inverse=True)
-            self._tool, self._pending = None, ()
-            self._tool = self._tool_with(((self._kept(rows), codes.astype(np.int64)),))
+            self._tool, self._pending = None, []
+            self._tool = self._tool_with(self._kept(rows), codes.astype(np.int64))
         return self
 
     def partial_fit(self: _Self, X: npt.ArrayLike, y: npt.ArrayLike,
@@ -100,10 +102,10 @@ class TrainedEstimator(ToolEstimator):
                 if first or classes is not None:
                     _check_partial_fit_first_call(self, classes)
                 if first:
-                    self._tool, self._pending = None, ()
+                    self._tool, self._pending = None, []
                 codes = codes_of(names, self.classes_)
                 # The caller may change its arrays before the rows are learnt.
-                self._pending += ((np.array(rows), codes),)
+                self._pending.append((np.array(rows), codes))
         return self
 
     def retrain(self: _Self) -> _Self:
@@ -125,9 +127,17 @@ class TrainedEstimator(ToolEstimator):
         """What answers, with all rows learnt. Raises what the technique says of the rows."""
         with self._lock:
             if "classes_" in vars(self) and self._pending:
-                tool = self._tool_with(self._pending)
-                self._tool, self._pending = tool, ()
+                tool = self._tool_with(*_joined(self._pending))
+                self._tool, self._pending = tool, []
             return ToolEstimator.tool_.fget(self)  # type: ignore[attr-defined,no-any-return]
+
+
+def _joined(chunks: Sequence[_Chunk]) -> _Chunk:
+    """All rows, in their order."""
+    if len(chunks) == 1:
+        return chunks[0]
+    return (np.concatenate([rows for rows, _ in chunks]),
+            np.concatenate([codes for _, codes in chunks]))
 
 
 class BayesClassifier(TrainedEstimator):
@@ -166,7 +176,7 @@ class BayesClassifier(TrainedEstimator):
     __module__ = "vxclss.sklearn"
 
     class_count_: Integers
-    _rows: Tuple[_Chunk, ...]
+    _rows: Optional[_Chunk]
 
     def __init__(self, *, frequencies: FrequenciesByName = None, costs: CostsByName = None,
                  distribution: Distributions = "normal", dependent: Dependent = None,
@@ -186,35 +196,30 @@ class BayesClassifier(TrainedEstimator):
     def _counts(self) -> Optional[Integers]:
         return getattr(self, "class_count_", None)
 
-    def _tool_with(self, chunks: Tuple[_Chunk, ...]) -> Tool:
+    def _tool_with(self, rows: npt.NDArray[Any], codes: Integers) -> Tool:
         if self._tool is not None:
-            chunks = self._rows + chunks
-        counts = sum((np.bincount(codes, minlength=len(self.classes_)) for _, codes in chunks),
-                     np.zeros(len(self.classes_), np.int64))
-        self._check_rows(chunks)
-        data = DataProvider()
-        for rows, codes in chunks:
-            data.extend(rows, codes)
-        tool = Tool().train(data, self._params(counts))
+            assert self._rows is not None
+            rows, codes = _joined([self._rows, (rows, codes)])
+        self._check_rows(rows, codes)
+        counts = np.bincount(codes, minlength=len(self.classes_))
+        tool = Tool().train(DataProvider(rows, codes), self._params(counts))
         self.class_count_ = counts
-        self._rows = chunks if self.keep_rows else ()
+        self._rows = (rows, codes) if self.keep_rows else None
         return tool
 
     def _kept(self, rows: npt.NDArray[Any]) -> npt.NDArray[Any]:
         return np.array(rows) if self.keep_rows else rows
 
     def _check_can_grow(self) -> None:
-        if self._tool is not None and not self._rows:
+        if self._tool is not None and self._rows is None:
             raise NotSupported("partial_fit() needs the rows that were learnt before, which an "
                                "estimator with keep_rows=False or from a model file has not")
 
-    def _check_rows(self, chunks: Tuple[_Chunk, ...]) -> None:
+    def _check_rows(self, rows: npt.NDArray[Any], codes: Integers) -> None:
         """Each class that has rows needs two values of each measurement."""
         valid = np.zeros((len(self.classes_), self.n_features_in_), np.int64)
-        seen = np.zeros(len(self.classes_), bool)
-        for rows, codes in chunks:
-            np.add.at(valid, codes, ~np.isnan(rows))
-            seen[codes] = True
+        np.add.at(valid, codes, ~np.isnan(rows))
+        seen = np.isin(np.arange(len(self.classes_)), codes)
         short = np.argwhere((valid < 2) & seen[:, None])
         if len(short):
             label, column = short[0]
@@ -292,14 +297,13 @@ class KNNClassifier(TrainedEstimator):
         self.costs = costs
         self.n_jobs = n_jobs
 
-    def _tool_with(self, chunks: Tuple[_Chunk, ...]) -> Tool:
+    def _tool_with(self, rows: npt.NDArray[Any], codes: Integers) -> Tool:
         data = DataProvider()
         if self._tool is not None:
             classifier = self._tool.classifier
             assert isinstance(classifier, ClassifierKNN) and classifier.data is not None
             data = classifier.data  # a provider of our own, which shares the patterns
-        for rows, codes in chunks:
-            data.extend(rows, codes)
+        data.extend(rows, codes)
         return Tool().train(data, self._params(None))
 
     def _params(self, counts: Optional[Integers]) -> TrainParamsKNN:

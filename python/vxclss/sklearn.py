@@ -48,14 +48,14 @@ def from_model(model: Model) -> Union[BayesClassifier, KNNClassifier, TreeClassi
             order: Any = params.distance_metric
             estimator = KNNClassifier(params.k, p=order.order,
                                       costs=params.misclassification_costs)
-            estimator._pending = ()
+            estimator._pending = []
         elif isinstance(params, TrainParamsBayesian):
             largest = params.max_measurement_values.to_array()
             estimator = BayesClassifier(
                 frequencies=params.category_frequencies, costs=params.misclassification_costs,
                 distribution=params.distribution_types, keep_rows=False,
                 max_values=largest if len(largest) else None)
-            estimator._pending = estimator._rows = ()
+            estimator._pending, estimator._rows = [], None
         else:
             raise TypeError(f"no estimator for {params!r}")
     estimator._tool = tool

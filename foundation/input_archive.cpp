@@ -133,6 +133,7 @@ vxArchive::Pointer vxInputArchive::transferPointer_(const vxPersistent*) {
   State::Class& itsClass = state_->classes[classNumber];
   std::unique_ptr<vxPersistent> uncounted(itsClass.instantiator->make());
   vxPersistent* const object = uncounted.get();
+  if (object == nullptr) throw Malformed(L"A class that makes no objects");
   if (const vxRepBase* counted = itsClass.repOf(*object)) {
     state_->objects[number].keeper.reset(counted);
     static_cast<void>(uncounted.release());

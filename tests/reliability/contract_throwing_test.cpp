@@ -17,6 +17,7 @@
 #include "tests/support/samples.h"
 #include "tests/support/technique_samples.h"
 #include "tests/support/tree_samples.h"
+#include "vxclss/classifier_knn.h"
 #include "vxclss/errors.h"
 #include "vxclss/rule_table.h"
 
@@ -294,6 +295,86 @@ TEST(ThrowingTreeTest, LeavesTheToolAsItWasWhenItCannotBeCloned) {
   EXPECT_TRUE(tool == knn.trained());
 }
 
+TEST(ThrowingTreeTest, LeavesTheNodeAsItWasWhenAPartCannotBeCloned) {
+  class UncloneableTree : public vxDecisionTreeLeaf {
+   public:
+    using vxDecisionTreeLeaf::vxDecisionTreeLeaf;
+    vxPtrHandle<vxDecisionTree> clone() const override { throw HostError(); }
+  };
+  class UncloneablePredicate : public vxRangePredicate {
+   public:
+    using vxRangePredicate::vxRangePredicate;
+    vxPtrHandle<vxPredicateFunction> clone() const override { throw HostError(); }
+  };
+  const UncloneableTree tree{vxClassifierResult()};
+  const UncloneablePredicate predicate({0.0, 1.0}, {0});
+  vxDecisionTreeNode node = sampleTree();
+  const std::string before = stored(node);
+  const long live = allocator::counts().live;
+  EXPECT_THROW(node.trueTree(tree), HostError);
+  EXPECT_THROW(node.falseTree(tree), HostError);
+  EXPECT_THROW(node.predicateFunction(predicate), HostError);
+  EXPECT_THROW(vxDecisionTreeNode(vxRangePredicate(), leafWith({1}), tree), HostError);
+  EXPECT_THROW(vxDecisionTreeNode(predicate, leafWith({1}), leafWith({2})), HostError);
+  EXPECT_EQ(allocator::counts().live, live);
+  EXPECT_EQ(toHex(stored(node)), toHex(before));
+}
+
+TEST(ThrowingClassifierTest, KeepsItsModelWhenAPatternCannotBeAdded) {
+  MockScript script;
+  MockClassifier classifier(script);
+  classifier.train(vxClassifierDataProviderMemory(), MockParams(script));
+  script.at["trainIncremental_"] = [] { throw HostError(); };
+  EXPECT_THROW(classifier.trainIncremental({{1.0}, {}}, 1), HostError);
+  EXPECT_TRUE(classifier.isTrained());
+  EXPECT_FALSE(classifier.heldTrainParams_().isNull());
+}
+
+TEST(ThrowingClassifierTest, HoldsNoParametersWhenATrainingCannotStart) {
+  MockScript script;
+  script.startsTo = true;
+  for (const char* hook : {"trainStart_", "clone"}) {
+    MockClassifier classifier(script);
+    classifier.train(vxClassifierDataProviderMemory(), MockParams(script));
+    script.at[hook] = [] { throw HostError(); };
+    EXPECT_THROW(classifier.trainStart(MockParams(script)), HostError);
+    EXPECT_TRUE(classifier.isTrained());
+    EXPECT_TRUE(classifier.heldTrainParams_().isNull());
+    script.at.clear();
+  }
+}
+
+TEST(ThrowingComparisonTest, Passes) {
+  class Incomparable : public vx_ClassifierKNN {
+   public:
+    vxPtrHandle<vx_Classifier> clone() const override {
+      return vxPtrHandle<vx_Classifier>(new Incomparable(*this));
+    }
+    bool isEquivalent(const vx_Classifier&) const override { throw HostError(); }
+  };
+  class IncomparableParams : public vxClassifierTrainParamsKNN {
+   public:
+    using vxClassifierTrainParamsKNN::vxClassifierTrainParamsKNN;
+    vxPtrHandle<vxClassifierTrainParams> clone() const override {
+      return vxPtrHandle<vxClassifierTrainParams>(new IncomparableParams(*this));
+    }
+
+   protected:
+    bool isEqual_(const vxClassifierTrainParams&) const override { throw HostError(); }
+    vx_Classifier* newClassifier_() const override { return new Incomparable; }
+  };
+  vxClassifierTool tool;
+  tool.train(techniqueData(), IncomparableParams(1));
+  const vxClassifierTool other(tool);
+  EXPECT_THROW(tool == other, HostError);
+  vx_ClassifierKNN classifier;
+  classifier.train(techniqueData(), IncomparableParams(1));
+  const vx_ClassifierKNN copy(classifier);
+  EXPECT_THROW(classifier == copy, HostError);
+  EXPECT_EQ(stateOf(tool), "trained");
+  EXPECT_TRUE(classifier.isTrained());
+}
+
 TEST(ThrowingScoreTest, PassesThroughTheRuleTable) {
   class Throwing : public vxClassifierFeatureScoreIgnore {
    public:
@@ -311,6 +392,7 @@ TEST(ThrowingScoreTest, PassesThroughTheRuleTable) {
 /// An object of a host that throws while it is transferred, or while it is made.
 class Moody : public vxPersistent, public vxRepBase {
  public:
+  static inline bool isNeverMade = false;
   static inline bool throwsWhenMade = false;
   static inline bool throwsWhenTransferred = false;
 
@@ -325,7 +407,7 @@ class Moody : public vxPersistent, public vxRepBase {
  private:
   static vxPersistent* make() {
     if (throwsWhenMade) throw HostError();
-    return new Moody;
+    return isNeverMade ? nullptr : new Moody;
   }
   static const vx_Instantiator sExemplar;
 
@@ -335,7 +417,9 @@ const vx_Instantiator Moody::sExemplar(typeid(Moody), &Moody::make);
 
 class ThrowingObjectTest : public testing::Test {
  protected:
-  ~ThrowingObjectTest() override { Moody::throwsWhenMade = Moody::throwsWhenTransferred = false; }
+  ~ThrowingObjectTest() override {
+    Moody::isNeverMade = Moody::throwsWhenMade = Moody::throwsWhenTransferred = false;
+  }
   vxPtrHandle<Moody> object_{new Moody};
 };
 
@@ -348,6 +432,16 @@ TEST_F(ThrowingObjectTest, LeavesAnOutputArchiveAsItWas) {
   Moody::throwsWhenTransferred = false;
   archive || object_;
   EXPECT_EQ(toHex(stream.str()), toHex(stored(object_)));
+}
+
+TEST_F(ThrowingObjectTest, MayMakeNothing) {
+  const std::string bytes = stored(object_);
+  Moody::isNeverMade = true;
+  std::istringstream stream(bytes, std::ios::binary);
+  vxInputArchive archive(stream);
+  vxPtrHandle<Moody> target;
+  EXPECT_THROW(archive || target, vxArchive::Malformed);
+  EXPECT_TRUE(target.isNull());
 }
 
 TEST_F(ThrowingObjectTest, LeavesNothingBehindWhenItIsLoaded) {

@@ -52,6 +52,14 @@ NamedOperation updating(const std::string& name, const std::function<Density()>&
       [](const Density& density) { return stateOf(density); });
 }
 
+NamedOperation normalizing(const std::string& name, const Normal& density,
+                           const std::vector<vxFeaturePattern>& patterns) {
+  return changing<Normal>(
+      name, [density] { return density; },
+      [patterns](Normal& changed) { changed.updateWithDataNormalize(patterns, 2.5); },
+      [](const Normal& changed) { return stateOf(changed); });
+}
+
 NamedOperation valuing(const std::string& name, const Normal& density,
                        const vxFeaturePattern& pattern) {
   // A copy has no factor yet.
@@ -92,6 +100,10 @@ std::vector<NamedOperation> densityOperations() {
       updating<Normal>("NormalLongMore", [] { return longDensity(3); }, {longPattern(4, {3})}),
       updating<Normal>("NormalLongLoaded", [] { return loaded<Normal>(inPlace(longDensity(3))); },
                        {longPattern(4)}),
+      normalizing("NormalNormalize", whole(), {valid, partly}),
+      normalizing("NormalLongNormalize", longDensity(3), {longPattern(4)}),
+      answering<vxNMMatrix>(
+          "NormalMean", [whole] { return whole().mean(); }, &inPlace<vxNMMatrix>),
       changing<Normal>(
           "NormalClear", whole, [](Normal& density) { density.clear(); },
           [](const Normal& density) { return stateOf(density); }),

@@ -3,11 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <istream>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "tests/support/archived_types.h"
 #include "tests/support/failing_operation.h"
+#include "tests/support/faulty_device.h"
 #include "tests/support/figures.h"
 #include "tests/support/outcome.h"
 #include "tests/support/samples.h"
@@ -164,6 +167,8 @@ std::vector<NamedOperation> treeOperations() {
           "RangeIndices", [] { return sample<vxRangePredicate>().measurementIndices(); },
           &printed<Labels>),
       constructing<Leaf>("Leaf", &Archived<Leaf>::filled),
+      answering<Labels>(
+          "LeafLabels", [] { return Archived<Leaf>::filled().categoryLabels(); }, &printed<Labels>),
       changing<Leaf>(
           "LeafResult", &Archived<Leaf>::filled,
           [](Leaf& leaf) { leaf.classifierResult(vxClassifierResult(categories(3), 1.0)); }),
@@ -239,16 +244,104 @@ NamedOperation generating(const std::string& name, const std::function<Generator
   return named(name, operation);
 }
 
+/// The making of one and a copy of it.
+template <class Generator>
+NamedOperation copyingGenerator(const std::string& name, const std::function<Generator()>& make) {
+  return answering<Generator>(
+      name,
+      [make] {
+        const Generator made = make();
+        return Generator(made);
+      },
+      [](const Generator& generator) { return inPlace(Generator(generator).generateData()); });
+}
+
 std::vector<NamedOperation> generatorOperations() {
   const auto category = [] {
     return vx_ClassDataGenerator({{0.0, 1.0}, {10.0, 2.0}, {5.0, 1.0}}, 6);
   };
+  const auto total = [category] { return vx_TotalDataGenerator({category(), category()}); };
   return {
+      copyingGenerator<vx_ClassDataGenerator>("CopiedClassGenerator", category),
+      copyingGenerator<vx_TotalDataGenerator>("CopiedTotalGenerator", total),
       generating<vx_ClassDataGenerator>("ClassGenerator", category),
-      generating<vx_TotalDataGenerator>("TotalGenerator",
-                                        [category] {
-                                          return vx_TotalDataGenerator({category(), category()});
-                                        }),
+      generating<vx_TotalDataGenerator>("TotalGenerator", total),
+  };
+}
+
+/// Storing and loading of a value that travels by itself.
+template <class T>
+void addTransfers(const std::string& name, T value, std::vector<NamedOperation>& operations) {
+  const std::string bytes = stored(value);
+  operations.push_back(answering<std::string>(
+      "Store" + name,
+      [value, room = bytes.size()] {
+        FaultyDevice device(room);
+        std::ostream stream(&device);
+        vxOutputArchive output(stream);
+        T copy = value;
+        static_cast<vxArchive&>(output) || copy;
+        return device.written();
+      },
+      &toHex));
+  operations.push_back(changing<T>(
+      "Load" + name, [] { return T(); },
+      [bytes](T& target) {
+        FaultyDevice device(bytes);
+        std::istream stream(&device);
+        vxInputArchive input(stream);
+        static_cast<vxArchive&>(input) || target;
+      }));
+}
+
+std::vector<NamedOperation> transferOperations() {
+  constexpr std::size_t kMuch = 20'000;  // more than an archive gathers before it writes
+  std::vector<NamedOperation> operations;
+  addTransfers("Text", std::wstring(300, L'x'), operations);
+  addTransfers("Flags", std::vector<bool>(kMuch, true), operations);
+  addTransfers("Longs", std::vector<long>(300, -2), operations);
+  addTransfers("Doubles", std::vector<double>(kMuch, 0.5), operations);
+  addTransfers("Texts", std::vector<std::wstring>(30, L"of some length"), operations);
+  addTransfers("Matrix", vxNMMatrix(20, 30), operations);
+  return operations;
+}
+
+/// What is refused, the text of the refusal.
+template <class Error>
+NamedOperation refusing(const std::string& name, const std::function<void()>& call) {
+  return answering<std::wstring>(
+      name,
+      [call] {
+        try {
+          call();
+        } catch (const Error& error) {
+          return error.message(true);
+        }
+        return std::wstring();
+      },
+      &printed<std::wstring>);
+}
+
+std::vector<NamedOperation> refusals() {
+  namespace Defs = vxClassifierDefs;
+  return {
+      refusing<Defs::BadIndex>("Pattern", [] { vxFeaturePattern({1.0}, {1}); }),
+      refusing<Defs::BadFeatures>(
+          "ProviderAddData",
+          [] { Archived<vxClassifierDataProviderMemory>::filled().addData(sharedPattern({}), 1); }),
+      refusing<Defs::BadParams>("Frequencies", [] { vxClassifierFrequencies(0.0); }),
+      refusing<Defs::BadParams>(
+          "Result",
+          [] { vxClassifierResult({vxClassifierCategoryResult(1, 0.5, 0.0, 0.0)}, 0.0); }),
+      refusing<Defs::NotTrained>("Run",
+                                 [] {
+                                   vxClassifierResult result;
+                                   vxClassifierTool().run({{1.0}, {}}, result);
+                                 }),
+      refusing<vxArchive::Malformed>(
+          "Load", [] { loaded<std::vector<bool>>(std::string("\0\1\0\0\0\2", 6)); }),
+      refusing<vxStatusException>("Status",
+                                  [] { vfThrowExceptionOnFailure(static_cast<long>(0x800000A3)); }),
   };
 }
 
@@ -265,6 +358,22 @@ std::vector<NamedOperation> textOperations() {
           "ErrorMessage", [] { return Error(L"a text that needs some room").message(true); },
           &printed<std::wstring>),
       answering<std::wstring>("Convert", wide, &printed<std::wstring>),
+      answering<std::wstring>(
+          "Number", [] { return vfStr(-1234567890); }, &printed<std::wstring>),
+      answering<bool>(
+          "OutputArchive",
+          [] {
+            std::ostream stream(nullptr);
+            return vxOutputArchive(stream).isStoring();
+          },
+          &printed<bool>),
+      answering<bool>(
+          "InputArchive",
+          [] {
+            std::istream stream(nullptr);
+            return vxInputArchive(stream).isLoading();
+          },
+          &printed<bool>),
       answering<std::string>(
           "Narrow", [wide] { return vfNarrow(wide()); }, &printed<std::string>),
       answering<std::string>(
@@ -298,6 +407,9 @@ INSTANTIATE_TEST_SUITE_P(Rules, AllocationValuesTest, testing::ValuesIn(ruleOper
 INSTANTIATE_TEST_SUITE_P(Generators, AllocationValuesTest, testing::ValuesIn(generatorOperations()),
                          nameOf);
 INSTANTIATE_TEST_SUITE_P(Texts, AllocationValuesTest, testing::ValuesIn(textOperations()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Transfers, AllocationValuesTest, testing::ValuesIn(transferOperations()),
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(Refusals, AllocationValuesTest, testing::ValuesIn(refusals()), nameOf);
 
 template <class T>
 class AllocationErrorTest : public testing::Test {};

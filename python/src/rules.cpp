@@ -98,6 +98,12 @@ void addTwoSided(py::module_& module) {
   property("y1", &TwoSided::y1);
   property("y0h", &TwoSided::y0h);
   property("y1h", &TwoSided::y1h);
+  cls.def_property_readonly(
+      "low", [](const TwoSided& self) { return vxPtrHandle<OneSided>(self.Low().clone()); },
+      "The low side, a new FeatureScoreOneSided.");
+  cls.def_property_readonly(
+      "high", [](const TwoSided& self) { return vxPtrHandle<OneSided>(self.High().clone()); },
+      "The high side, a new FeatureScoreOneSided.");
   cls.def("__repr__", [](const TwoSided& s) {
     return "FeatureScoreTwoSided(" +
            joined({s.x0(), s.x1(), s.xc(), s.x0h(), s.x1h(), s.xch(), s.y0(), s.y1(), s.y0h(),

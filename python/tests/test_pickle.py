@@ -82,6 +82,29 @@ def test_pprint_shows_what_repr_does(sample):
     assert pprint.pformat(sample, width=1) == repr(sample)
 
 
+ONE_CLASS = vxclss.ClassDataGenerator([(95.0, 4.0), (140.0, 6.0)], 50)
+GENERATORS = [vxclss.ClassDataGenerator(), ONE_CLASS, vxclss.TotalDataGenerator(),
+              vxclss.TotalDataGenerator([ONE_CLASS, vxclss.ClassDataGenerator([(0.0, 1.0)] * 2, 9)])]
+
+
+@pytest.mark.parametrize("used", [False, True])
+@pytest.mark.parametrize("duplicate", [
+    *(lambda x, p=p: pickle.loads(pickle.dumps(x, p)) for p in range(6)), copy.copy, copy.deepcopy,
+    lambda x: eval(repr(x), vars(vxclss))])
+@pytest.mark.parametrize("generator", GENERATORS)
+def test_a_copied_generator_gives_the_same_patterns(generator, duplicate, used):
+    data = generator.generate_data() if used else None
+    other = duplicate(generator)
+    assert type(other) is type(generator) and repr(other) == repr(generator)
+    assert other.generate_data() == (data or generator.generate_data())
+
+
+def test_a_generator_shows_what_it_was_made_of():
+    assert repr(ONE_CLASS) == "ClassDataGenerator([(95.0, 4.0), (140.0, 6.0)], 50)"
+    assert repr(GENERATORS[3]).startswith(f"TotalDataGenerator([{ONE_CLASS!r}, ")
+    assert pprint.pformat(ONE_CLASS, width=1) == repr(ONE_CLASS)
+
+
 def test_objects_of_a_list_are_shared_in_its_pickle():
     pattern = vxclss.FeaturePattern([1.0])
     first, second = pickle.loads(pickle.dumps([pattern, pattern]))

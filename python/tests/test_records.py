@@ -90,6 +90,19 @@ def test_a_result_sorts_its_categories_by_cost():
     assert eval(repr(result)) == result
 
 
+def test_results_and_providers_iterate_as_lists_do():
+    result = Result([CategoryResult(0), CategoryResult(1, expected_cost=1.0)])
+    provider = vxclss.DataProvider([[1.0], [2.0]], [0, 1])
+    for sequence in (result, provider):
+        assert list(iter(sequence)) == [sequence[0], sequence[1]] == list(reversed(sequence))[::-1]
+    seen = []
+    for pattern, label in provider:  # what is appended meanwhile comes too
+        seen.append(label)
+        if len(provider) < 4:
+            provider.append(pattern, 7)
+    assert seen == [0, 1, 7, 7]
+
+
 def test_a_result_weighs_match_scores_by_frequencies_and_costs():
     matches = [CategoryResult(0, 0.5), CategoryResult(1, 0.5)]
     weighed = Result(matches, frequencies=Frequencies(1.0, {1: 3.0}), costs=Costs(2.0))

@@ -25,6 +25,13 @@ def test_score_functions_are_those_of_the_page():
         FeatureScoreOneSided(0, 2, 1)
 
 
+def test_a_band_is_made_of_two_one_sided_functions():
+    assert AREA.low == FeatureScoreOneSided(40, 30, 30)
+    assert AREA.high == FeatureScoreOneSided(60, 70, 70)
+    assert repr(AREA.low) == repr(FeatureScoreOneSided(40, 30, 30))
+    assert AREA.high.score(65) == AREA.score(65) == 0.5
+
+
 def test_the_first_rule_above_the_threshold_decides():
     X = [[32.5, 0.0], [0.0, 1.0], [0.0, 6.0], [np.nan, 0.5]]
     assert TABLE.classify_hard_threshold(X, 0.4).tolist() == [0, 3, -1, 3]

@@ -45,6 +45,8 @@ def test_a_user_is_told_by_mypy(tmp_path):
         "c: int = tool.run([[1.0]]).class_scores.ndim",
         "tool.train(3)",
         "vxclss.TrainParamsKNN(neighbours=3)",
+        "d: float = sum(category.class_score for category in a)",
+        "e: int = sum(label for pattern, label in vxclss.DataProvider([[1.0]], [0]))",
     ]))
     done = run_mypy("mypy", "--strict", "--cache-dir", str(tmp_path), str(tmp_path / "user.py"))
     assert [line.split(":")[1] for line in done.stdout.splitlines() if "error:" in line] == [

@@ -3,6 +3,8 @@
 
 from __future__ import annotations
 
+import re
+import warnings
 from contextlib import contextmanager
 from typing import Any, Dict, Iterable, Iterator, List, Mapping, Optional, Tuple, Union
 
@@ -204,14 +206,19 @@ class ToolEstimator(Estimator):
         """Writes a model file, which ``vxclss run`` and C++ open, and load() here.
 
         Measurements are called as the columns of the data frame that fit() was given, or x0,
-        x1, ...; categories as the classes. The file appears whole or not at all.
+        x1, ...; categories as the classes. The file appears whole or not at all. It holds texts:
+        load() makes the same classes of them if they are bool or ascending numbers, or str that
+        don't read as such; it has to be told others, and a UserWarning says so.
 
-        Raises NotFittedError; ValueError if two classes have the same text; OSError.
+        Raises NotFittedError; ValueError if two classes have the same text, or one is neither str
+        nor number nor bool; OSError.
         """
         tool = self._ready()
+        texts = texts_of(self.classes_)
+        _check_kinds(self.classes_, texts)
         names: Iterable[Any] = getattr(self, "feature_names_in_",
                                        [f"x{i}" for i in range(self.n_features_in_)])
-        save(path, tool, [str(name) for name in names], texts_of(self.classes_))
+        save(path, tool, [str(name) for name in names], texts)
 
     def _spread(self, values: Floats, categories: Integers, missing: float) -> Floats:
         """Columns of the categories that a tool knows, as columns of all classes."""
@@ -223,12 +230,48 @@ class ToolEstimator(Estimator):
 
 
 def texts_of(classes: Names) -> List[str]:
-    """The names of the classes in a model file."""
-    return [str(name) for name in classes.tolist()]
+    """The names of the classes in a model file. Raises ValueError if two are equal."""
+    texts = [str(name) for name in classes.tolist()]
+    if len(set(texts)) != len(texts):
+        raise ValueError("two classes are equal as texts")
+    return texts
 
 
 def names_of(texts: List[str]) -> Names:
-    """The classes of a model file: whole numbers if all texts are, else str."""
-    if all(text.isdecimal() and text.isascii() and str(int(text)) == text for text in texts):
-        return np.array([int(text) for text in texts])
+    """The classes of a model file: numbers if all texts are, in ascending order, or bool; else str.
+
+    A number is written as Python writes it, a float with a point or an exponent.
+    """
+    if all(_WHOLE.fullmatch(text) for text in texts):
+        numbers = np.array([int(text) for text in texts])
+        if numbers.dtype.kind in "iu" and _ascends(numbers):
+            return numbers
+    if texts in (["False"], ["True"], ["False", "True"]):
+        return np.array([text == "True" for text in texts])
+    try:
+        numbers = np.array([float(text) for text in texts])
+    except ValueError:
+        return np.array(texts)
+    if [repr(number) for number in numbers.tolist()] == texts and _ascends(numbers):
+        return numbers
     return np.array(texts)
+
+
+# Not longer than numbers of 8 bytes.
+_WHOLE = re.compile("0|-?[1-9][0-9]{0,19}")
+
+
+def _ascends(numbers: npt.NDArray[Any]) -> bool:
+    return bool((numbers[1:] > numbers[:-1]).all())
+
+
+def _check_kinds(classes: Names, texts: List[str]) -> None:
+    """Raises ValueError for a class that a text can't stand for; warns of what load() changes."""
+    for name in classes.tolist():
+        if not isinstance(name, (str, int, float, np.bool_, np.integer, np.floating)):
+            raise ValueError(f"a model file holds classes that are str, numbers or bool, not "
+                             f"{name!r}")
+    restored = names_of(texts).tolist()
+    if restored != classes.tolist():
+        warnings.warn(f"load() will call the classes {restored!r}; call it with classes="
+                      f"{classes.tolist()!r}", stacklevel=3)

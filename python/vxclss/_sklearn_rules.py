@@ -131,8 +131,6 @@ class RuleTableClassifier(Estimator):
         """
         check_is_fitted(self, "classes_")
         texts = texts_of(self.classes_)
-        if len(set(texts)) != len(texts):
-            raise ValueError("two classes have the same text")
         columns = [str(name) for name in getattr(
             self, "feature_names_in_", [f"x{i}" for i in range(self.n_features_in_)])]
         rules = [{"category": texts[rule.label],

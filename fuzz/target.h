@@ -44,6 +44,14 @@ inline std::map<std::string, Tokenizer>& tokenizers() {
   return all;
 }
 
+/// The names of either.
+template <class Of>
+std::vector<std::string> namesOf(const std::map<std::string, Of>& all) {
+  std::vector<std::string> names;
+  for (const auto& [name, target] : all) names.push_back(name);
+  return names;
+}
+
 struct Registration {
   Registration(const char* name, Target target) { targets()[name] = target; }
   Registration(const char* name, Tokenizer tokenizer) { tokenizers()[name] = tokenizer; }

@@ -14,18 +14,6 @@
 
 namespace {
 
-std::vector<std::string> targetNames() {
-  std::vector<std::string> names;
-  for (const auto& [name, target] : fuzz::targets()) names.push_back(name);
-  return names;
-}
-
-std::vector<std::string> archiveNames() {
-  std::vector<std::string> names;
-  for (const auto& [name, tokenizer] : fuzz::tokenizers()) names.push_back(name);
-  return names;
-}
-
 const std::uint8_t* bytesOf(const std::string& input) {
   return reinterpret_cast<const std::uint8_t*>(input.data());
 }
@@ -45,7 +33,7 @@ TEST_P(FuzzReplayTest, FindsNothing) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplayTest, testing::ValuesIn(targetNames()),
+INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplayTest, testing::ValuesIn(fuzz::namesOf(fuzz::targets())),
                          [](const auto& row) { return row.param; });
 
 class FuzzTokensTest : public testing::TestWithParam<std::string> {};
@@ -69,7 +57,8 @@ TEST_P(FuzzTokensTest, AreTheFieldsOfAnArchive) {
   EXPECT_GT(numTokens, 4 * inputs.size());
 }
 
-INSTANTIATE_TEST_SUITE_P(Archives, FuzzTokensTest, testing::ValuesIn(archiveNames()),
+INSTANTIATE_TEST_SUITE_P(Archives, FuzzTokensTest,
+                         testing::ValuesIn(fuzz::namesOf(fuzz::tokenizers())),
                          [](const auto& row) { return row.param; });
 
 }  // namespace

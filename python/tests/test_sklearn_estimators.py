@@ -170,6 +170,15 @@ def test_partial_fit_gives_bit_for_bit_what_one_fit_gives(estimator, cuts, asked
     assert bits(growing.predict_proba(X)) == bits(whole.predict_proba(X))
 
 
+@pytest.mark.parametrize("p", [np.inf, np.nan, 0.0, -1.0])
+def test_an_order_that_measures_no_distance_is_refused(p):
+    X, y = named()
+    with pytest.raises(ValueError):
+        KNNClassifier(p=p).fit(X, y)
+    with pytest.raises(ValueError):
+        KNNClassifier().fit(X, y).set_params(p=p).retrain()
+
+
 @pytest.mark.parametrize("estimator", GROWING)
 def test_many_small_partial_fits_are_learnt_in_one_training(estimator, monkeypatch):
     X, y = named()

@@ -3,6 +3,7 @@
 
 from __future__ import annotations
 
+import math
 from threading import RLock
 from typing import Any, Dict, List, Optional, Sequence, Tuple, TypeVar, Union
 
@@ -277,7 +278,7 @@ class KNNClassifier(TrainedEstimator):
     n_neighbors : int
         k, >= 1; all rows where there are fewer.
     p : float
-        Order of the norm that measures distances, > 0: 1 city block, 2 Euclidean.
+        Order of the norm that measures distances, > 0 and finite: 1 city block, 2 Euclidean.
     costs : None, float, mapping, array-like (c, c) or Costs
         What a wrong decision costs, as for BayesClassifier.
     n_jobs : None or int
@@ -307,5 +308,8 @@ class KNNClassifier(TrainedEstimator):
         return Tool().train(data, self._params(None))
 
     def _params(self, counts: Optional[Integers]) -> TrainParamsKNN:
-        return TrainParamsKNN(self.n_neighbors, distance_metric=Norm(self.p),
+        metric = Norm(self.p)
+        if not math.isfinite(metric.order):
+            raise ValueError(f"p is finite, not {self.p}")
+        return TrainParamsKNN(self.n_neighbors, distance_metric=metric,
                               misclassification_costs=costs_of(self.costs, self.classes_))

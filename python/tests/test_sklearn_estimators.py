@@ -301,6 +301,33 @@ def test_dependent_and_binomial_measurements():
     assert fitted.score(X, y) > 0.8
 
 
+@pytest.mark.parametrize("dependent, text", [
+    ([[0, 9]], "has the column 9, and X has columns 0 to 3"), ([[0, -1]], "the column -1"),
+    ([[0, 4]], "the column 4"), ([[0, 1.0]], "the column 1.0"), ([["a", "b"]], "the column 'a'"),
+    ([0, 1], r"a list of lists of columns, such as \[\[0, 1\]\], not \[0, 1\]"),
+    (["ab"], r"not \['ab'\]"), ("some", "not 'some'"), ([[[0, 1]]], "a list of lists")])
+def test_dependent_columns_are_those_of_X(dependent, text):
+    X, y = named()
+    with pytest.raises(ValueError, match=text):
+        BayesClassifier(dependent=dependent).fit(X, y)
+
+
+def test_distribution_types_are_of_columns_of_X():
+    X, y = named()
+    with pytest.raises(ValueError, match="the column 9"):
+        BayesClassifier(distribution=vxclss.DistributionTypes(dependent=[(0, [0, 9])])).fit(X, y)
+
+
+def test_dependent_columns_go_by_name():
+    pandas = pytest.importorskip("pandas")
+    X, y = named()
+    frame = pandas.DataFrame(X, columns=["length", "width", "area", "gloss"])
+    by_name = BayesClassifier(dependent=[["area", "length"], np.array([1, 3])]).fit(frame, y)
+    assert by_name.tool_ == BayesClassifier(dependent=[[2, 0], [1, 3]]).fit(X, y).tool_
+    with pytest.raises(ValueError, match=r"the column 'weight', and X has \['length', 'width'"):
+        BayesClassifier(dependent=[["weight", "area"]]).fit(frame, y)
+
+
 @pytest.mark.parametrize("estimator", WITH_TOOL)
 @pytest.mark.parametrize("whole", [False, True])
 def test_a_model_file_gives_the_estimator_back(estimator, whole, tmp_path):

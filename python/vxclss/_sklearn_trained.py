@@ -4,6 +4,7 @@
 from __future__ import annotations
 
 import math
+import operator
 from threading import RLock
 from typing import Any, Dict, List, Optional, Sequence, Tuple, TypeVar, Union
 
@@ -23,7 +24,7 @@ from ._sklearn_base import (
 from .errors import InsufficientTrainData, NotSupported
 
 Distributions = Union[str, DistributionType, DistributionTypes, Sequence[str]]
-Dependent = Union[str, Sequence[Sequence[int]], None]
+Dependent = Union[str, Sequence[Sequence[Union[int, str]]], None]
 
 _Chunk = Tuple[npt.NDArray[Any], Integers]
 _Self = TypeVar("_Self", bound="TrainedEstimator")
@@ -158,7 +159,8 @@ class BayesClassifier(TrainedEstimator):
     distribution : "normal", "binomial", a list of them (d,), or DistributionTypes
         How each measurement is distributed.
     dependent : None, "all" or list of lists of columns
-        Measurements that are modelled together, with their covariances, in every class.
+        Measurements that are modelled together, with their covariances, in every class. A column
+        is its place, or its name if fit() was given a data frame.
     max_values : None or array-like (d,)
         Largest value of each measurement that is binomial; None: 1.
     keep_rows : bool
@@ -241,16 +243,12 @@ class BayesClassifier(TrainedEstimator):
         if isinstance(self.distribution, DistributionTypes):
             if self.dependent is not None:
                 raise ValueError("DistributionTypes say themselves what is dependent")
+            for _, columns in self.distribution.dependent:
+                for column in columns:
+                    self._column(column)
             return self.distribution
         labels = range(len(self.classes_))
-        sets: List[List[int]] = []
-        if isinstance(self.dependent, str):
-            if self.dependent != "all":
-                raise ValueError(f'dependent is "all" or lists of columns, not {self.dependent!r}')
-            sets = [list(range(self.n_features_in_))] if self.n_features_in_ > 1 else []
-        elif self.dependent is not None:
-            sets = [[int(column) for column in columns] for columns in self.dependent]
-        together = [(label, columns) for label in labels for columns in sets]
+        together = [(label, columns) for label in labels for columns in self._dependent_sets()]
         if isinstance(self.distribution, (str, DistributionType)):
             return DistributionTypes(_type_of(self.distribution), dependent=together)
         each = [_type_of(kind) for kind in self.distribution]
@@ -259,6 +257,33 @@ class BayesClassifier(TrainedEstimator):
         return DistributionTypes(
             overrides={(label, column): kind for label in labels
                        for column, kind in enumerate(each)}, dependent=together)
+
+
+    def _dependent_sets(self) -> List[List[int]]:
+        if self.dependent is None:
+            return []
+        width = self.n_features_in_
+        if isinstance(self.dependent, str) and self.dependent == "all":
+            return [list(range(width))] if width > 1 else []
+        if isinstance(self.dependent, str) or any(
+                isinstance(columns, str) or np.ndim(columns) != 1 for columns in self.dependent):
+            raise ValueError(f'dependent is "all" or a list of lists of columns, such as [[0, 1]], '
+                             f"not {self.dependent!r}")
+        return [[self._column(column) for column in columns] for columns in self.dependent]
+
+    def _column(self, column: Union[int, str]) -> int:
+        """The place of a column that is dependent. Raises ValueError."""
+        names = list(getattr(self, "feature_names_in_", []))
+        if isinstance(column, str) and column in names:
+            return names.index(column)
+        try:
+            place = operator.index(column)  # type: ignore[arg-type]
+        except TypeError:
+            place = -1
+        if not 0 <= place < self.n_features_in_:
+            raise ValueError(f"dependent has the column {column!r}, and X has {names or 'columns'}"
+                             + ("" if names else f" 0 to {self.n_features_in_ - 1}"))
+        return place
 
 
 def _type_of(kind: Union[str, DistributionType]) -> DistributionType:

@@ -217,6 +217,31 @@ def test_classes_without_rows_so_far_have_no_answer(estimator):
         estimator().partial_fit(X, y)
 
 
+@pytest.mark.parametrize("estimator, text", [
+    (KNNClassifier(), "the label 0"), (BayesClassifier(), "the label 0"),
+    (TreeClassifier("a", classes=["a", "b"]), "the label 0"),
+    (TreeClassifier("a"), r"of one kind, not \['a', 0, 1\]"),
+    (RuleTableClassifier([("a", [None] * 4)], classes=["a", "b"]), "the label 0"),
+    (RuleTableClassifier([("a", [None] * 4)]), r"of one kind, not \['a', 0, 1\]")])
+def test_a_label_of_another_kind_is_named(estimator, text):
+    X, y = named()[0], np.tile([0, 1], 60)
+    with pytest.raises(ValueError, match=text):
+        if hasattr(estimator, "partial_fit"):
+            estimator.partial_fit(X, y, classes=["a", "b"])
+        else:
+            estimator.fit(X, y)
+    with pytest.raises(ValueError, match="3 is none of classes"):
+        TreeClassifier(costs={("a", 3): 1.0}).fit(X, np.array(["a", "b"])[y])
+
+
+@pytest.mark.parametrize("estimator", GROWING)
+def test_labels_are_told_from_classes_by_value(estimator):
+    X, y = mixture(120, 4, 2)
+    for labels in (y.astype(float), y > 0, y.astype(np.uint8)):
+        growing = estimator().partial_fit(X, labels, classes=[0, 1])
+        assert growing.tool_ == estimator().fit(X, y).tool_
+
+
 def test_a_class_with_one_row_is_named():
     X, y = named()
     with pytest.raises(vxclss.InsufficientTrainData, match="'screw' has 1 sample of measurement 0"):

@@ -26,23 +26,31 @@ FrequenciesByName = Union[Frequencies, str, Mapping[Any, float], npt.ArrayLike, 
 
 def codes_of(y: npt.ArrayLike, classes: Names) -> Integers:
     """The place of each name of y (n) among the classes. Raises ValueError for another name."""
-    order = np.argsort(classes)
-    names = np.asarray(y)
-    places = np.searchsorted(classes, names, sorter=order).clip(max=len(classes) - 1)
-    codes: Integers = order[places].astype(np.int64)
-    unknown = classes[codes] != names
-    if unknown.any():
-        raise ValueError(f"y has the label {names[unknown][0]!r}, which is none of classes "
+    places = {name: place for place, name in enumerate(classes.tolist())}
+    names = np.asarray(y).tolist()
+    codes: Integers = np.array([places.get(name, -1) for name in names], np.int64)
+    if (codes < 0).any():
+        raise ValueError(f"y has the label {names[int(codes.argmin())]!r}, which is none of classes "
                          f"{classes.tolist()}")
     return codes
 
 
 def _label_of(name: Any, classes: Names) -> int:
     """The place of one name. Raises ValueError."""
-    places = np.flatnonzero(classes == name)
-    if len(places) != 1:
-        raise ValueError(f"{name!r} is none of classes {classes.tolist()}")
-    return int(places[0])
+    names = classes.tolist()
+    if names.count(name) != 1:
+        raise ValueError(f"{name!r} is none of classes {names}")
+    return int(names.index(name))
+
+
+def classes_among(names: Iterable[Any]) -> Names:
+    """The names, sorted. Raises ValueError if they are of kinds that don't sort."""
+    known = set(names)
+    try:
+        return np.array(sorted(known))
+    except TypeError:
+        raise ValueError("the names of classes are of one kind, not "
+                         f"{sorted(known, key=repr)}") from None
 
 
 def costs_of(costs: CostsByName, classes: Names) -> Costs:

@@ -14,7 +14,9 @@ from sklearn.utils.validation import check_is_fitted  # type: ignore[import]
 from ._core import (
     FeatureScore, FeatureScoreIgnore, FeatureScoreOneSided, FeatureScoreTwoSided, Rule, RuleTable,
 )
-from ._sklearn_base import Estimator, Floats, Names, codes_of, texts_of, unchanged_on_failure
+from ._sklearn_base import (
+    Estimator, Floats, Names, classes_among, codes_of, texts_of, unchanged_on_failure,
+)
 
 Rules = Sequence[Union[Rule, Tuple[Any, Sequence[Optional[FeatureScore]]]]]
 
@@ -94,9 +96,9 @@ class RuleTableClassifier(Estimator):
 
     def _given(self, names: Names) -> Tuple[Names, List[Rule]]:
         assert self.rules is not None
-        known = set(names.tolist())
-        known.update(rule[0] for rule in self.rules if not isinstance(rule, Rule))
-        classes = np.array(sorted(known)) if self.classes is None else np.asarray(self.classes)
+        named = [rule[0] for rule in self.rules if not isinstance(rule, Rule)]
+        classes = classes_among(names.tolist() + named) if self.classes is None \
+            else np.asarray(self.classes)
         codes_of(names, classes)
         return classes, [_rule(rule, classes) for rule in self.rules]
 

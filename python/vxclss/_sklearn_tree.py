@@ -21,7 +21,8 @@ from ._core import (
     RangePredicate, Result, Tool,
 )
 from ._sklearn_base import (
-    CostsByName, Floats, Names, ToolEstimator, codes_of, costs_of, unchanged_on_failure,
+    CostsByName, Floats, Names, ToolEstimator, classes_among, codes_of, costs_of,
+    unchanged_on_failure,
 )
 
 # A name, names with their class scores, or (question, tree for yes, tree for no).
@@ -188,7 +189,7 @@ class TreeClassifier(ToolEstimator):
     def _take_given(self, names: Names) -> None:
         known: Set[Any] = set(names.tolist())
         _names_in(self.tree, known)
-        classes = np.array(sorted(known)) if self.classes is None else np.asarray(self.classes)
+        classes = classes_among(known) if self.classes is None else np.asarray(self.classes)
         codes_of(names, classes)
         matrix = _cost_matrix(costs_of(self.costs, classes), len(classes))
         tool = Tool().train(_built(self.tree, classes, matrix))

@@ -125,6 +125,25 @@ def test_what_is_no_model_file_is_refused(tmp_path, damage, error):
         vxclss.load(tmp_path / "m")
 
 
+@pytest.mark.parametrize("technique", ["bayes", "knn", "tree"])
+@pytest.mark.parametrize("measurements, categories, text", [
+    ([], None, "0 measurement names"), (2, None, "2 measurement names"),
+    (None, [], "0 category names"), (None, 2, "2 category names for labels up to"),
+    (["a"] * 4, None, "two measurement names are equal"),
+    (None, ["a"] * 10, "two category names are equal")])
+def test_a_file_whose_names_dont_fit_is_refused(technique, measurements, categories, text, command,
+                                               tmp_path):
+    def names(given, count):
+        return given if isinstance(given, list) else [f"x{i}" for i in range(given or count)]
+
+    tool = trained(technique)
+    measurements, categories = names(measurements, 4), names(categories, 10)
+    (tmp_path / "m").write_bytes(vxclss._core.model_bytes(tool, measurements, categories))
+    with pytest.raises(vxclss.Malformed, match=text):
+        vxclss.load(tmp_path / "m")
+    assert subprocess.run([command, "check", tmp_path / "m"], capture_output=True).returncode != 0
+
+
 def test_an_untrained_tool_is_no_model(tmp_path):
     with pytest.raises(vxclss.NotTrained):
         vxclss.save(tmp_path / "m", vxclss.Tool())

@@ -58,6 +58,15 @@ def test_classes_that_are_told_are_those_of_the_model():
             from_model(model, classes=wrong)
 
 
+@pytest.mark.parametrize("measurements, categories", [
+    ([], ["a", "b", "c"]), (["x0", "x0", "x1", "x2"], ["a", "b", "c"]),
+    (["x0", "x1", "x2", "x3"], ["a"]), (["x0", "x1", "x2", "x3"], ["a", "a", "b"])])
+def test_a_model_whose_names_dont_fit_makes_no_estimator(measurements, categories):
+    model = vxclss.Model(KNNClassifier().fit(X, Y).tool_, measurements, categories)
+    with pytest.raises(ValueError, match="names"):
+        from_model(model)
+
+
 @pytest.mark.parametrize("classes", [[b"a", b"b"], ["2020-01-01", "2020-01-02"]])
 def test_classes_of_other_kinds_are_refused(classes, tmp_path):
     kinds = np.array(classes) if isinstance(classes[0], bytes) else np.array(classes, "M8[D]")

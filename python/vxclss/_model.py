@@ -10,6 +10,7 @@ from typing import List, Optional, Sequence, Union
 
 from . import _core
 from ._core import Tool
+from .errors import Malformed
 
 _Path = Union[str, "os.PathLike[str]"]
 
@@ -69,6 +70,12 @@ def _measurement_names(tool: Tool, names: Optional[Sequence[str]]) -> List[str]:
     return checked
 
 
+def check_names(model: Model) -> None:
+    """Raises ValueError unless a model's names are unlike each other and as many as it needs."""
+    _measurement_names(model.tool, model.measurement_names)
+    _category_names(model.tool, model.category_names)
+
+
 def save(path: _Path, tool: Tool, measurement_names: Optional[Sequence[str]] = None,
          category_names: Optional[Sequence[str]] = None) -> None:
     """Writes a model file, which ``vxclss run``, C++ and load() open.
@@ -108,11 +115,17 @@ def _mode(target: str) -> int:
 def load(path: _Path) -> Model:
     """The model of a file that save(), ``vxclss train`` or ``vxclss tree`` has written.
 
-    Raises ArchiveError for a file that is none, from its first byte to its last; NotTrained for
-    one without a trained tool; OSError.
+    Raises ArchiveError for a file that is none, from its first byte to its last, or whose names are
+    not those of its tool's measurements and labels; NotTrained for one without a trained tool;
+    OSError.
     """
     with open(path, "rb") as file:
         data = file.read()
     tool, measurements, categories = _core.parsed_model(data)
     tool.category_labels  # a model file holds a trained tool
-    return Model(tool, measurements, categories)
+    model = Model(tool, measurements, categories)
+    try:
+        check_names(model)
+    except ValueError as error:
+        raise Malformed(f"Names that don't fit the tool: {error}") from None
+    return model

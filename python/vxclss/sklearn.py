@@ -51,8 +51,9 @@ def from_model(model: Model, *, classes: Optional[npt.ArrayLike] = None
     x0, x1, ... become ``feature_names_in_``. The training rows of a Bayesian model are not in the
     file, so partial_fit() refuses.
 
-    Raises ValueError if `classes` have other names than the model's.
+    Raises ValueError if `classes` have other names than the model's, or those don't fit its tool.
     """
+    _model.check_names(model)
     tool = model.tool
     names = _classes_of(model, classes)
     estimator: ToolEstimator
@@ -90,6 +91,7 @@ def load(path: _Path, *, classes: Optional[npt.ArrayLike] = None
     `classes` is needed where from_model() would guess wrong: for str that read as numbers, and
     numbers that don't ascend, as those of ``vxclss train``, which sorts them as texts.
 
-    Raises ArchiveError for a file that is none; ValueError as from_model(); OSError.
+    Raises ArchiveError for a file that is none; ValueError for other `classes` than the model's;
+    OSError.
     """
     return from_model(_model.load(path), classes=classes)

@@ -170,6 +170,27 @@ def test_partial_fit_gives_bit_for_bit_what_one_fit_gives(estimator, cuts, asked
     assert bits(growing.predict_proba(X)) == bits(whole.predict_proba(X))
 
 
+@pytest.mark.parametrize("keep_rows", [False, True])
+def test_class_count_has_the_rows_that_wait(keep_rows):
+    X, y = named()
+    growing = BayesClassifier(keep_rows=keep_rows)
+    assert not hasattr(growing, "class_count_")
+    counts = np.unique(y, return_counts=True)[1]
+    growing.partial_fit(X, y, classes=np.unique(y))
+    assert growing.class_count_.tolist() == counts.tolist()
+    growing.partial_fit(X[y == "nut"], y[y == "nut"])
+    for _ in range(2):
+        assert growing.class_count_.tolist() == [counts[0], 2 * counts[1], counts[2]]
+        growing.predict(X)
+    if keep_rows:
+        growing.partial_fit(X, y)
+        assert growing.class_count_.tolist() == [2 * counts[0], 3 * counts[1], 2 * counts[2]]
+    growing.fit(X[:60], y[:60])
+    assert growing.class_count_.sum() == 60
+    assert not hasattr(from_model(vxclss.Model(growing.tool_, list("abcd"), list("123"))),
+                       "class_count_")
+
+
 @pytest.mark.parametrize("p", [np.inf, np.nan, 0.0, -1.0])
 def test_an_order_that_measures_no_distance_is_refused(p):
     X, y = named()

@@ -173,12 +173,13 @@ class BayesClassifier(TrainedEstimator):
     ----------
     classes_, tool_, n_features_in_, feature_names_in_
     class_count_ : (c,)
-        Training rows of each class.
+        Training rows of each class, with those of partial_fit() that the next question learns; not
+        known of a model file.
     """
 
     __module__ = "vxclss.sklearn"
 
-    class_count_: Integers
+    _learnt_count: Integers
     _rows: Optional[_Chunk]
 
     def __init__(self, *, frequencies: FrequenciesByName = None, costs: CostsByName = None,
@@ -196,17 +197,32 @@ class BayesClassifier(TrainedEstimator):
     def _takes_nan(self) -> bool:
         return True
 
+    @property
+    def class_count_(self) -> Integers:
+        with self._lock:
+            if "classes_" not in vars(self) or (
+                    self._tool is not None and "_learnt_count" not in vars(self)):
+                raise AttributeError(f"this {type(self).__name__} has seen no rows to count")
+            codes = [codes for _, codes in self._pending]
+            if self._tool is None:
+                return self._count(codes)
+            return self._learnt_count + self._count(codes)
+
+    def _count(self, codes: List[Integers]) -> Integers:
+        none = np.zeros(0, np.int64)
+        return np.bincount(np.concatenate([none, *codes]), minlength=len(self.classes_))
+
     def _counts(self) -> Optional[Integers]:
-        return getattr(self, "class_count_", None)
+        return getattr(self, "_learnt_count", None)
 
     def _tool_with(self, rows: npt.NDArray[Any], codes: Integers) -> Tool:
         if self._tool is not None:
             assert self._rows is not None
             rows, codes = _joined([self._rows, (rows, codes)])
         self._check_rows(rows, codes)
-        counts = np.bincount(codes, minlength=len(self.classes_))
+        counts = self._count([codes])
         tool = Tool().train(DataProvider(rows, codes), self._params(counts))
-        self.class_count_ = counts
+        self._learnt_count = counts
         self._rows = (rows, codes) if self.keep_rows else None
         return tool
 

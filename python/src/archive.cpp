@@ -2,27 +2,48 @@
 #include "archive.h"
 
 #include <istream>
+#include <optional>
 #include <ostream>
 #include <streambuf>
+#include <utility>
+
+#include "interrupts.h"
 
 namespace vxpy {
 namespace {
 
+// Shorter archives are not worth to wait for the GIL again, which may take 5 ms each time.
+constexpr std::size_t kShort = 65536;
+
+/// Goes on without the GIL when the text becomes long.
 class StringSink : public std::streambuf {
  public:
-  std::string text;
+  std::string text() && {
+    release_.reset();
+    return std::move(text_);
+  }
 
  protected:
   int_type overflow(int_type byte) override {
     if (!traits_type::eq_int_type(byte, traits_type::eof())) {
-      text.push_back(traits_type::to_char_type(byte));
+      text_.push_back(traits_type::to_char_type(byte));
+      grown_();
     }
     return traits_type::not_eof(byte);
   }
   std::streamsize xsputn(const char* bytes, std::streamsize count) override {
-    text.append(bytes, static_cast<std::size_t>(count));
+    text_.append(bytes, static_cast<std::size_t>(count));
+    grown_();
     return count;
   }
+
+ private:
+  void grown_() {
+    if (!release_ && text_.size() > kShort) release_.emplace();
+  }
+
+  std::string text_;
+  std::optional<py::gil_scoped_release> release_;
 };
 
 class MemorySource : public std::streambuf {
@@ -46,13 +67,14 @@ struct HeldBuffer : Py_buffer {
 }  // namespace
 
 py::bytes storedBytes(const std::function<void(vxArchive&)>& store) {
+  const LibraryCall call;
   StringSink sink;
   {
     std::ostream stream(&sink);
     vxOutputArchive archive(stream);
     store(archive);
   }
-  return py::bytes(sink.text);
+  return py::bytes(std::move(sink).text());
 }
 
 void loadBytes(const py::object& data, const std::function<void(vxArchive&)>& load) {
@@ -61,6 +83,9 @@ void loadBytes(const py::object& data, const std::function<void(vxArchive&)>& lo
                          std::string(Py_TYPE(data.ptr())->tp_name));
   }
   const HeldBuffer bytes(data);
+  const LibraryCall call;
+  std::optional<py::gil_scoped_release> release;
+  if (static_cast<std::size_t>(bytes.len) > kShort) release.emplace();
   MemorySource source(bytes);
   std::istream stream(&source);
   vxInputArchive archive(stream);

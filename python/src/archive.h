@@ -9,22 +9,34 @@
 
 namespace vxpy {
 
-/// The bytes of one archive that `store` fills.
+/// The bytes of one archive that `store` fills, the most of a long one without the GIL.
 py::bytes storedBytes(const std::function<void(vxArchive&)>& store);
 
-/// Gives `load` an archive over `data`, anything with a contiguous buffer. Throws
-/// vxArchive::Malformed if bytes remain.
+/// Gives `load` an archive over `data`, anything with a contiguous buffer; without the GIL if there
+/// are many bytes. Throws vxArchive::Malformed if bytes remain.
 void loadBytes(const py::object& data, const std::function<void(vxArchive&)>& load);
 
+/// What to_bytes() reads without the GIL: an object that never changes, or a copy of one that other
+/// threads may change meanwhile.
+template <class Object>
+const Object& unchanging(const Object& object) {
+  return object;
+}
+inline vxClassifierDataProviderMemory unchanging(const vxClassifierDataProviderMemory& data) {
+  return data;
+}
+inline vxClassifierRuleTable unchanging(const vxClassifierRuleTable& table) { return table; }
+
 /// Adds to_bytes(), from_bytes() and pickling through them. `store` and `load` take an archive;
-/// the bytes are those of `archive || object` in C++.
+/// the bytes are those of `archive || object` in C++. Neither may touch anything of Python's.
 template <class Class, class Store, class Load>
 void addArchive(Class& cls, Store store, Load load) {
   using Object = typename Class::type;
   cls.def(
       "to_bytes",
       [store](const Object& self) {
-        return storedBytes([&](vxArchive& archive) { store(archive, self); });
+        const auto& kept = unchanging(self);
+        return storedBytes([&](vxArchive& archive) { store(archive, kept); });
       },
       "The archive of this object, as C++ stores it with ``archive || object``.");
   cls.def_static(

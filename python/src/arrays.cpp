@@ -58,6 +58,17 @@ Read readerOf(const py::dtype& type) {
   }
 }
 
+/// A data frame's own conversion, as NA can't be made a float; `array` if it has none of that form.
+py::array withoutNA(const py::object& frame, const py::array& array) {
+  try {
+    return frame.attr("to_numpy")(py::arg("dtype") = "float64",
+                                  py::arg("na_value") = std::numeric_limits<double>::quiet_NaN());
+  } catch (const py::error_already_set& error) {
+    if (!error.matches(PyExc_TypeError)) throw;
+    return array;
+  }
+}
+
 /// What numpy makes of the object, with NaN for masked elements. Of a kind that readerOf() knows.
 py::array numericArray(const py::object& object, const char* what) {
   py::object source = object;
@@ -66,6 +77,8 @@ py::array numericArray(const py::object& object, const char* what) {
         object.attr("astype")("float64").attr("filled")(std::numeric_limits<double>::quiet_NaN());
   }
   py::array array = py::module_::import("numpy").attr("asarray")(source);
+  if (array.dtype().kind() == 'O' && py::hasattr(source, "to_numpy"))
+    array = withoutNA(source, array);
   const char kind = array.dtype().kind();
   if (std::strchr("cMmVUS", kind) != nullptr) {
     throw py::type_error(std::string(what) + " holds " +
@@ -88,7 +101,12 @@ py::array listOf(const py::object& object, const char* what) {
 
 }  // namespace
 
-Rows::Rows(const py::object& matrix, const char* what) : array_(numericArray(matrix, what)) {
+Rows::Rows(const py::object& matrix, const char* what) {
+  if (py::isinstance<vxFeaturePattern>(matrix)) {
+    throw py::type_error(std::string(what) +
+                         " is a FeaturePattern, one row; a batch has rows and measurements");
+  }
+  array_ = numericArray(matrix, what);
   if (array_.ndim() != 2) {
     refuseDimensions(what, array_,
                      "a batch has two, rows and measurements (one row: X.reshape(1, -1))");

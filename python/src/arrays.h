@@ -14,7 +14,7 @@ namespace vxpy {
 /// The rows of a matrix of numbers that Python owns, read where they lie.
 ///
 /// Any layout of native float64, float32, bool and integers is read in place; other kinds of number
-/// are converted to a float64 array first. Masked elements become NaN.
+/// are converted to a float64 array first. Masked elements and pandas' NA become NaN.
 class Rows {
  public:
   /// `what` names the argument in messages. Throws what Python raises for something that has not
@@ -42,7 +42,7 @@ class Rows {
   Read read_ = nullptr;
 };
 
-/// A list of numbers: one dimension, any layout and kind. Masked elements become NaN.
+/// A list of numbers: one dimension, any layout and kind. Masked elements and NA become NaN.
 std::vector<double> numbers(const py::object& list, const char* what);
 
 /// A list of whole numbers. Throws ValueError for one with a fraction or out of a long's range.

@@ -132,7 +132,10 @@ void describe(const vx_ClassifierBayesian& bayes, BatchRunner& runner, std::set<
 }  // namespace
 
 BatchRunner runnerOf(const vxPtrHandle_const<vx_Classifier>& classifier, Slowness& slowness) {
-  if (!classifier->isTrained()) classifier->trainParams();  // throws NotTrained
+  if (!classifier->isTrained()) {
+    vxClassifierResult result;
+    classifier->run(vxFeaturePattern({}, {}), result);  // throws NotTrained
+  }
   BatchRunner runner;
   runner.classifier = classifier;
   runner.slowness = &slowness;

@@ -10,6 +10,7 @@
 #include "batch.h"
 #include "interrupts.h"
 #include "patterns.h"
+#include "row_work.h"
 
 namespace vxpy {
 namespace {
@@ -67,6 +68,21 @@ class TypedBox : public Box {
   const Technique& technique() const { return static_cast<const Technique&>(get()); }
 };
 
+/// A box that can't be changed for as long as this lives.
+template <class Technique>
+struct Unchanging {
+  explicit Unchanging(const TypedBox<Technique>& itsBox) : box(itsBox), run(itsBox) {}
+  const vx_Classifier& get() const { return box.get(); }
+
+  const TypedBox<Technique>& box;
+  const Box::Run run;
+};
+
+template <class Technique>
+Unchanging<Technique> unchanging(const TypedBox<Technique>& box) {
+  return Unchanging<Technique>(box);
+}
+
 using Knn = TypedBox<vx_ClassifierKNN>;
 using Bayesian = TypedBox<vx_ClassifierBayesian>;
 using TreeBox = TypedBox<vx_ClassifierDecisionTree>;
@@ -76,6 +92,7 @@ py::object run(const Box& box, const py::object& X, const py::object& jobs) {
   if (!py::isinstance<vxFeaturePattern>(X)) {
     return runBatch(runnerOf(box.handle(), box.slowness()), X, jobs);
   }
+  refuseJobs(jobs);
   const auto& pattern = X.cast<const vxFeaturePattern&>();
   vxClassifierResult result;
   runWatched(&box.slowness(), [&] { box.get().run(pattern, result); });
@@ -122,8 +139,8 @@ void addBoxArchive(Class& cls) {
   using Object = typename Class::type;
   addArchive(
       cls,
-      [](vxArchive& archive, const Object& object) {
-        archive || const_cast<vx_Classifier&>(object.get());
+      [](vxArchive& archive, const auto& kept) {
+        archive || const_cast<vx_Classifier&>(kept.get());
       },
       [](vxArchive& archive) {
         auto object = std::make_unique<Object>();

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <pybind11/stl.h>
 
+#include <memory>
 #include <string>
 
 #include "archive.h"
 #include "arrays.h"
 #include "bindings.h"
 #include "patterns.h"
+#include "row_work.h"
 #include "text.h"
 
 namespace vxpy {
@@ -46,15 +48,18 @@ void addDensityClasses(py::module_& module) {
       [](const Density& self, const py::object& X) {
         const Rows rows(X, "X");
         py::array_t<double> values(rows.size());
-        double* out = values.mutable_data();
-        PatternMaker maker(rows.width());
-        for (std::ptrdiff_t i = 0; i < rows.size(); ++i) {
-          rows.read(i, maker.values());
-          out[i] = self.logValue(maker.make());
-        }
+        double* const out = values.mutable_data();
+        forEachRow(rows.size(), 1, nullptr, [&]() -> RowWork {
+          const auto maker = std::make_shared<PatternMaker>(rows.width());
+          return [&, maker](std::ptrdiff_t row) {
+            rows.read(row, maker->values());
+            out[row] = self.logValue(maker->make());
+          };
+        });
         return values;
       },
-      py::arg("X"), "log_value() of each row of X.");
+      py::arg("X"),
+      "log_value() of each row of X, a new array. What it raises has `row` set; Ctrl-C ends it.");
   base.def(
       "__eq__", [](const Density& a, const Density& b) { return a.isEquivalent(b); },
       py::is_operator());

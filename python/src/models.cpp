@@ -21,12 +21,13 @@ constexpr unsigned char kVersion = 0;
 using Names = std::vector<std::wstring>;
 
 py::bytes modelBytes(const Tool& tool, const Names& measurements, const Names& categories) {
+  const Tool kept = unchanging(tool);
   return storedBytes([&](vxArchive& archive) {
     std::wstring tag = kTag;
     unsigned char version = kVersion;
     Names measurementNames = measurements;
     Names categoryNames = categories;
-    storeTool(archive, tool.get());
+    storeTool(archive, kept.get());
     archive || tag || version || measurementNames || categoryNames;
   });
 }

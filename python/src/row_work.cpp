@@ -97,6 +97,10 @@ int threadsOf(const py::object& jobs) {
   return static_cast<int>(std::max(1L, usable + 1 + wanted));
 }
 
+void refuseJobs(const py::object& jobs) {
+  if (!jobs.is_none()) throw py::type_error("n_jobs is for the rows of a batch, not for one row");
+}
+
 void forEachRow(std::ptrdiff_t rows, int threads, Slowness* slowness,
                 const std::function<RowWork()>& newWork) {
   threads = static_cast<int>(std::clamp<std::ptrdiff_t>(rows, 1, threads));

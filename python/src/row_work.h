@@ -14,6 +14,9 @@ namespace vxpy {
 /// that the process may use, -1 being all of them. Throws ValueError for 0.
 int threadsOf(const py::object& jobs);
 
+/// Throws TypeError if `n_jobs` is given for a single row.
+void refuseJobs(const py::object& jobs);
+
 /// Does something with one row; one for each thread, so it may keep what rows can share.
 using RowWork = std::function<void(std::ptrdiff_t row)>;
 

@@ -181,6 +181,7 @@ void forEachVector(const Rows& rows, const py::object& jobs, const Put& put) {
 py::object classify(const Table& table, const py::object& X, double threshold,
                     const py::object& jobs) {
   if (py::isinstance<Vector>(X)) {
+    refuseJobs(jobs);
     return py::int_(table.classifyHardThreshold(X.cast<const Vector&>(), threshold));
   }
   const Rows rows(X, "X");

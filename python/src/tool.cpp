@@ -10,6 +10,7 @@
 #include "arrays.h"
 #include "classifiers.h"
 #include "interrupts.h"
+#include "row_work.h"
 #include "text.h"
 #include "trees.h"
 
@@ -50,6 +51,14 @@ vxClassifierResult runOne(const Tool& tool, const vxFeaturePattern& pattern) {
 py::object runMany(const Tool& tool, const py::object& X, const py::object& jobs) {
   const std::shared_ptr<const void> kept = tool.keep();
   return runBatch(tool.runner(), X, jobs);
+}
+
+py::object runAny(const Tool& tool, const py::object& X, const py::object& jobs) {
+  if (py::isinstance<vxFeaturePattern>(X)) {
+    refuseJobs(jobs);
+    return py::cast(runOne(tool, X.cast<const vxFeaturePattern&>()));
+  }
+  return runMany(tool, X, jobs);
 }
 
 py::object decide(const Tool& tool, const py::object& X, const py::object& jobs) {
@@ -110,14 +119,15 @@ void addTool(py::module_& module) {
           "Raises NotTrained, BadMethod, then what the technique and the check raise.");
   cls.def("run", &runOne, py::arg("X"));
   cls.def(
-      "run", &runMany, py::arg("X"), py::arg("n_jobs") = py::none(),
+      "run", &runAny, py::arg("X"), py::arg("n_jobs") = py::none(),
       "Classifies a FeaturePattern, which gives a Result, or the rows of X (n x d), which gives\n"
       "a BatchResult: bit for bit what one row after another gives.\n\n"
       "X is read where it lies if it holds floats or integers, in any order and with any\n"
       "strides; NaN is an invalid measurement. `n_jobs` threads share the rows: None is one,\n"
       "-1 as many as there are processors.\n\n"
       "Raises NotTrained; BadFeatures for another number of columns; what the technique says of\n"
-      "the first row that it refuses, with `row` set; KeyboardInterrupt on Ctrl-C.");
+      "the first row that it refuses, with `row` set; KeyboardInterrupt on Ctrl-C. TypeError for\n"
+      "`n_jobs` with a FeaturePattern.");
   cls.def("run_batch", &runMany, py::arg("X"), py::arg("n_jobs") = py::none(),
           "run() for the rows of X.");
   cls.def("decide", &decide, py::arg("X"), py::arg("n_jobs") = py::none(),

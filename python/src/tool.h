@@ -48,6 +48,9 @@ class Tool {
   std::shared_ptr<State> state_;
 };
 
+/// The tool as it is now, which training replaces.
+inline Tool unchanging(const Tool& tool) { return tool; }
+
 /// Transfers a tool as C++ does, and puts its parameters in force when loading.
 void storeTool(vxArchive& archive, const vxClassifierTool& tool);
 void loadTool(vxArchive& archive, vxClassifierTool& tool);

@@ -120,6 +120,25 @@ def test_masked_elements_are_invalid_measurements():
         TOOLS["bayes"].run(with_nan).class_scores)
 
 
+def test_a_data_frames_missing_values_are_invalid_measurements():
+    pandas = pytest.importorskip("pandas")
+    X = np.array([[1.0, np.nan, 2.0, 3.0], [4.0, 5.0, 6.0, np.nan]])
+    frame = pandas.DataFrame({"a": pandas.array([1, 4], dtype="Int64"),
+                              "b": pandas.array([None, 5], dtype="Int64"),
+                              "c": pandas.array([2.0, 6.0], dtype="Float64"),
+                              "d": [3.0, np.nan]})
+    assert pandas.isna(np.asarray(frame)[0, 1]) and np.asarray(frame).dtype == object
+    assert bits(TOOLS["bayes"].run(frame).class_scores) == bits(TOOLS["bayes"].run(X).class_scores)
+    labels = pandas.Series([0, 1], dtype="Int64")
+    assert vxclss.DataProvider(frame, labels) == vxclss.DataProvider(X, [0, 1])
+    assert vxclss.FeaturePattern(frame["b"]) == vxclss.FeaturePattern([np.nan, 5.0])
+    with pytest.raises(ValueError, match="not whole"):
+        vxclss.DataProvider(frame, frame["b"])
+    for column, error in ((["x", "y"], ValueError), ([object(), 1.0], TypeError)):
+        with pytest.raises(error):
+            TOOLS["bayes"].run(frame.assign(d=column))
+
+
 def test_columns_are_labels_ascending():
     tool = vxclss.Tool().train(
         vxclss.DataProvider([[1.0], [2.0], [3.0]], [70000, 5, 2**31 - 1]),
@@ -190,6 +209,17 @@ def test_the_first_row_that_fails_is_told(rows, bad, jobs):
     assert str(caught.value).startswith(f"row {min(bad)}: K-nearest neighbor classification")
 
 
+def test_the_row_that_a_density_refuses_is_told():
+    tool = vxclss.Tool().train(
+        vxclss.DataProvider([[0.0], [3.0], [9.0]], [0, 0, 0]),
+        vxclss.TrainParamsBayesian(vxclss.DistributionTypes(vxclss.DistributionType.BINOMIAL),
+                                   max_measurement_values=[9.0]))
+    density = tool.classifier.category_models[0].densities[0]
+    with pytest.raises(vxclss.BadParams) as caught:
+        density.log_values([[1.0], [9.0], [99.0]])
+    assert caught.value.row == 2
+
+
 @pytest.mark.parametrize("jobs", [None, 1, 2, 7, 1000, -1, -2, -99, np.int64(2)])
 def test_any_number_of_threads_gives_the_same_bits(jobs):
     X, _ = mixture(500, 4, 3, seed=2)
@@ -207,5 +237,15 @@ def test_no_threads_are_refused():
 def test_run_and_run_batch_are_one():
     X, _ = mixture(20, 4, 3, seed=4)
     assert bits(TOOLS["knn"].run(X).class_scores) == bits(TOOLS["knn"].run_batch(X).class_scores)
-    with pytest.raises(ValueError, match="1 dimensions"):
-        TOOLS["knn"].run_batch(vxclss.FeaturePattern([0.0] * 4))
+    pattern = vxclss.FeaturePattern([0.0] * 4)
+    for ask in (TOOLS["knn"].run_batch, TOOLS["knn"].decide, TOOLS["knn"].class_scores):
+        with pytest.raises(TypeError, match="X is a FeaturePattern, one row"):
+            ask(pattern)
+
+
+@pytest.mark.parametrize("run", [TOOLS["knn"].run, TOOLS["knn"].classifier.run])
+def test_one_row_is_not_shared_by_threads(run):
+    pattern = vxclss.FeaturePattern([0.0] * 4)
+    assert run(pattern, n_jobs=None) == run(pattern)
+    with pytest.raises(TypeError, match="n_jobs is for the rows of a batch"):
+        run(pattern, n_jobs=2)

@@ -58,6 +58,8 @@ def test_what_tables_refuse():
     with pytest.raises(vxclss.BadParams) as caught:
         TABLE.classify_hard_threshold([[1.0, 2.0, 3.0]], 0.5)
     assert caught.value.row == 0
+    with pytest.raises(TypeError, match="n_jobs is for the rows of a batch"):
+        TABLE.classify_hard_threshold(FeatureVector([1.0, 2.0]), 0.5, n_jobs=2)
     for refused in (lambda: TABLE.classify_hard_threshold([[1.0, 2.0]], 1.5),
                     lambda: Rule([], 0), lambda: Rule([AREA], -1),
                     lambda: TABLE.train([]), lambda: TABLE.train([TABLE.rules[0], Rule([AREA], 1)])):

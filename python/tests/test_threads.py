@@ -8,6 +8,7 @@ import subprocess
 import sys
 import textwrap
 import threading
+import time
 
 import numpy as np
 import pytest
@@ -217,6 +218,82 @@ def test_a_classifier_that_runs_cant_be_changed():
     refused.set()
     thread.join()
     classifier.retrain(vxclss.TrainParamsKNN(2))
+
+
+@pytest.fixture(scope="module")
+def large():
+    """A provider, a tool, a standalone classifier and a density of 100000 rows."""
+    X, y = mixture(100_000, 8, 3)
+    data = vxclss.DataProvider(X, y)
+    classifier = vxclss.ClassifierKNN()
+    classifier.train(data, vxclss.TrainParamsKNN())
+    return {"X": X, "data": data, "bytes": data.to_bytes(), "classifier": classifier,
+            "tool": vxclss.Tool().train(data, vxclss.TrainParamsKNN()),
+            "density": trained("bayes").classifier.category_models[0].densities[0]}
+
+
+@pytest.mark.parametrize("call", [
+    lambda it: it["data"].to_bytes(), lambda it: it["tool"].to_bytes(),
+    lambda it: it["classifier"].to_bytes(), lambda it: vxclss.DataProvider.from_bytes(it["bytes"]),
+    lambda it: it["density"].log_values(it["X"][:, :1])],
+    ids=["to_bytes", "tool", "classifier", "from_bytes", "log_values"])
+def test_other_threads_run_during_a_long_call(large, call):
+    # A thread that has the GIL keeps it until it gives it up by itself.
+    interval = sys.getswitchinterval()
+    sys.setswitchinterval(1000.0)
+    try:
+        for _ in range(20):
+            turns, seen = [0], []
+
+            def work():
+                before = turns[0]
+                call(large)
+                seen.append(turns[0] - before)
+
+            thread = threading.Thread(target=work)
+            thread.start()
+            while not seen:
+                turns[0] += 1
+                time.sleep(0)
+            thread.join()
+            if seen[0] > 0:
+                return
+    finally:
+        sys.setswitchinterval(interval)
+    pytest.fail("no other thread ran")
+
+
+def test_what_is_stored_is_not_changed_meanwhile(large):
+    data = large["data"]
+    table = vxclss.RuleTable([vxclss.Rule([vxclss.FeatureScoreOneSided()] * 2000, label)
+                              for label in range(20)])
+    one_rule = [vxclss.Rule([vxclss.FeatureScoreIgnore()], 1)]
+    provider = vxclss.DataProvider.from_bytes(large["bytes"])
+    wanted = {table.to_bytes(), vxclss.RuleTable(one_rule).to_bytes()}
+    stored = {"provider": set(), "table": set()}
+    ready = threading.Barrier(3)
+
+    def store(name, obj):
+        ready.wait()
+        for _ in range(5):
+            stored[name].add(obj.to_bytes())
+
+    threads = [threading.Thread(target=store, args=pair)
+               for pair in (("provider", provider), ("table", table))]
+    for thread in threads:
+        thread.start()
+    pattern = data.feature_pattern(0)
+    ready.wait()
+    table.train(one_rule)
+    while any(thread.is_alive() for thread in threads):
+        provider.append(pattern, 7)
+    for thread in threads:
+        thread.join()
+    for text in stored["provider"]:
+        other = vxclss.DataProvider.from_bytes(text)
+        assert other.labels[:len(data)].tobytes() == data.labels.tobytes()
+        assert set(other.labels[len(data):]) <= {7}
+    assert stored["table"] <= wanted
 
 
 def test_an_error_in_a_thread_reaches_the_caller_and_the_tool_goes_on():

@@ -162,8 +162,9 @@ def test_classifiers_stand_alone():
     for technique, params in [(vxclss.ClassifierKNN, vxclss.TrainParamsKNN(3)),
                               (vxclss.ClassifierBayesian, vxclss.TrainParamsBayesian())]:
         classifier = technique()
-        with pytest.raises(vxclss.NotTrained):
-            classifier.run(X)
+        for rows in (X, X[:0], vxclss.FeaturePattern(X[0])):
+            with pytest.raises(vxclss.NotTrained, match="trained before running"):
+                classifier.run(rows)
         with pytest.raises(vxclss.NotTrained):
             classifier.train_incremental(X[0], 0)
         classifier.train(vxclss.DataProvider(X, y), params)

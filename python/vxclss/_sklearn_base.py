@@ -3,6 +3,7 @@
 
 from __future__ import annotations
 
+import math
 import re
 import warnings
 from contextlib import contextmanager
@@ -56,13 +57,23 @@ def classes_among(names: Iterable[Any]) -> Names:
 def costs_of(costs: CostsByName, classes: Names) -> Costs:
     """Costs by label from costs by name; see BayesClassifier.
 
-    Raises ValueError for an unknown name or a matrix of the wrong shape; BadParams below 0.
+    Raises ValueError for an unknown name, a matrix of the wrong shape or a cost that is not finite;
+    BadParams below 0.
     """
+    made = _made_costs(costs, classes)
+    _check_finite("cost", made)
+    return made
+
+
+def _made_costs(costs: CostsByName, classes: Names) -> Costs:
     if costs is None:
         return Costs(1.0)
     if isinstance(costs, Costs):
         return costs
     if isinstance(costs, Mapping):
+        for pair in costs:
+            if not isinstance(pair, tuple) or len(pair) != 2:
+                raise ValueError(f"costs go from (true, assigned) names to numbers, not from {pair!r}")
         return Costs(1.0, {(_label_of(true, classes), _label_of(assigned, classes)): float(cost)
                            for (true, assigned), cost in costs.items()})
     matrix = np.asarray(costs, dtype=float)
@@ -80,8 +91,16 @@ def frequencies_of(frequencies: FrequenciesByName, classes: Names,
     """Frequencies by label from frequencies by name; see BayesClassifier.
 
     `counts` (classes) are the training rows of each class, if known.
-    Raises ValueError for an unknown name or the wrong number of them; BadParams for one <= 0.
+    Raises ValueError for an unknown name, the wrong number of them or a frequency that is not
+    finite; BadParams for one <= 0.
     """
+    made = _made_frequencies(frequencies, classes, counts)
+    _check_finite("frequency", made)
+    return made
+
+
+def _made_frequencies(frequencies: FrequenciesByName, classes: Names,
+                      counts: Optional[Integers]) -> Frequencies:
     if frequencies is None:
         return Frequencies(1.0)
     if isinstance(frequencies, Frequencies):
@@ -101,6 +120,12 @@ def frequencies_of(frequencies: FrequenciesByName, classes: Names,
         raise ValueError(f"{len(classes)} classes have that many frequencies, not an array of "
                          f"shape {values.shape}")
     return Frequencies(1.0, dict(enumerate(values.tolist())))
+
+
+def _check_finite(what: str, record: Union[Costs, Frequencies]) -> None:
+    for value in (record.default, *record.overrides.values()):
+        if not math.isfinite(value):
+            raise ValueError(f"a {what} is finite, not {value}")
 
 
 @contextmanager

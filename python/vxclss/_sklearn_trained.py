@@ -150,11 +150,11 @@ class BayesClassifier(TrainedEstimator):
     Parameters
     ----------
     frequencies : None, "empirical", mapping, array-like (c,) or Frequencies
-        How often each class occurs, relative to the others, > 0. None: equally often.
+        How often each class occurs, relative to the others, > 0, finite. None: equally often.
         "empirical": as often as in the training rows. A mapping goes from names to frequencies, 1
         for those left out; an array is in the order of ``classes_``.
     costs : None, float, mapping, array-like (c, c) or Costs
-        What a wrong decision costs, >= 0. None: 1. A mapping goes from (true, assigned) names to
+        What a wrong decision costs, >= 0, finite. None: 1. A mapping goes from (true, assigned) names to
         costs, 1 for those left out; a matrix has a row for each true class.
     distribution : "normal", "binomial", a list of them (d,), or DistributionTypes
         How each measurement is distributed.

@@ -39,6 +39,7 @@ def named(rows=120, width=4, seed=1):
 # None of scikit-learn's checks is skipped.
 @parametrize_with_checks([
     BayesClassifier(), BayesClassifier(dependent="all", frequencies="empirical"),
+    BayesClassifier(keep_rows=False),
     KNNClassifier(), KNNClassifier(n_neighbors=3, p=1.0), TreeClassifier(), RuleTableClassifier(),
     RuleTableClassifier(threshold=0.99)])
 def test_scikit_learns_checks_pass(estimator, check):
@@ -219,8 +220,15 @@ def test_bayes_without_rows_of_its_own_is_small_and_refuses_more():
     small, large = BayesClassifier(keep_rows=False).fit(X, y), BayesClassifier().fit(X, y)
     assert len(pickle.dumps(small)) < 4000 < X.nbytes < len(pickle.dumps(large))
     before = bits(small.predict_proba(X))
-    with pytest.raises(vxclss.NotSupported, match="keep_rows"):
+    assert not hasattr(small, "partial_fit") and hasattr(large, "partial_fit")
+    with pytest.raises(AttributeError, match="keep_rows"):
         small.partial_fit(X, y)
+    growing = BayesClassifier(keep_rows=False).partial_fit(X[:9], y[:9], classes=np.unique(y))
+    assert growing.partial_fit(X[9:], y[9:]).tool_ == small.tool_
+    assert not hasattr(growing, "partial_fit")
+    small.set_params(frequencies="empirical").retrain()
+    assert small.tool_ == BayesClassifier(frequencies="empirical").fit(X, y).tool_
+    small.set_params(frequencies=None).retrain()
     assert bits(small.predict_proba(X)) == before == bits(large.predict_proba(X))
 
 
@@ -275,8 +283,7 @@ def test_a_model_file_gives_the_estimator_back(estimator, whole, tmp_path):
         more = copy.copy(fitted).partial_fit(X + 1, y)
         assert bits(loaded.partial_fit(X + 1, y).predict_proba(X)) == bits(more.predict_proba(X))
     if estimator is BayesClassifier:
-        with pytest.raises(vxclss.NotSupported):
-            loaded.partial_fit(X, y)
+        assert not hasattr(loaded, "partial_fit")
 
 
 def test_names_that_a_model_file_cant_tell_apart_are_refused(tmp_path):

@@ -10,6 +10,7 @@ from typing import Any, Dict, List, Optional, Sequence, Tuple, TypeVar, Union
 
 import numpy as np
 import numpy.typing as npt
+from sklearn.utils.metaestimators import available_if  # type: ignore[import]
 from sklearn.utils.multiclass import _check_partial_fit_first_call  # type: ignore[import]
 from sklearn.utils.validation import check_is_fitted  # type: ignore[import]
 
@@ -21,7 +22,7 @@ from ._sklearn_base import (
     CostsByName, FrequenciesByName, Integers, ToolEstimator, codes_of, costs_of,
     frequencies_of, unchanged_on_failure,
 )
-from .errors import InsufficientTrainData, NotSupported
+from .errors import InsufficientTrainData
 
 Distributions = Union[str, DistributionType, DistributionTypes, Sequence[str]]
 Dependent = Union[str, Sequence[Sequence[Union[int, str]]], None]
@@ -70,7 +71,7 @@ class TrainedEstimator(ToolEstimator):
         return rows
 
     def _check_can_grow(self) -> None:
-        """Raises if the technique can't add to what is learnt."""
+        """Raises AttributeError if nothing can be added to what is learnt."""
 
     def fit(self: _Self, X: npt.ArrayLike, y: npt.ArrayLike) -> _Self:
         """Learns the rows of X (n, d) with the labels y (n), and forgets what was known before.
@@ -92,13 +93,11 @@ class TrainedEstimator(ToolEstimator):
         of all of them in the same order. The next question trains, so many small calls in a row
         cost little. `classes` names all classes; it is needed in the first call only.
 
-        Raises ValueError for a label that is none of the classes; NotSupported if the rows learnt
-        before are not kept.
+        Raises ValueError for a label that is none of the classes.
         """
         with self._lock:
+            self._check_can_grow()
             first = "classes_" not in vars(self)
-            if not first:
-                self._check_can_grow()
             with unchanged_on_failure(self):
                 rows, names = self._checked_training(X, y, reset=first)
                 if first or classes is not None:
@@ -164,8 +163,8 @@ class BayesClassifier(TrainedEstimator):
     max_values : None or array-like (d,)
         Largest value of each measurement that is binomial; None: 1.
     keep_rows : bool
-        Whether the estimator keeps the training rows, which partial_fit() after fit() and
-        "empirical" frequencies in retrain() need. Without, it and its pickle are small.
+        Whether the estimator keeps the training rows. Without, it and its pickle are small, and
+        there is no partial_fit() once fit() or a question has trained it.
     n_jobs : None or int
         Threads that share the rows of a query; -1: as many as there are processors.
 
@@ -229,10 +228,19 @@ class BayesClassifier(TrainedEstimator):
     def _kept(self, rows: npt.NDArray[Any]) -> npt.NDArray[Any]:
         return np.array(rows) if self.keep_rows else rows
 
+    @available_if(lambda self: self._check_can_grow() is None)  # type: ignore[misc]
+    def partial_fit(self, X: npt.ArrayLike, y: npt.ArrayLike,
+                    classes: Optional[npt.ArrayLike] = None) -> BayesClassifier:
+        """Adds the rows of X (n, d) with the labels y (n), as KNNClassifier.partial_fit().
+
+        Not there (AttributeError) if the rows that were learnt before are not kept.
+        """
+        return super().partial_fit(X, y, classes)
+
     def _check_can_grow(self) -> None:
-        if self._tool is not None and self._rows is None:
-            raise NotSupported("partial_fit() needs the rows that were learnt before, which an "
-                               "estimator with keep_rows=False or from a model file has not")
+        if getattr(self, "_tool", None) is not None and self._rows is None:
+            raise AttributeError("partial_fit() needs the rows that were learnt before, which an "
+                                 "estimator with keep_rows=False or from a model file has not")
 
     def _check_rows(self, rows: npt.NDArray[Any], codes: Integers) -> None:
         """Each class that has rows needs two values of each measurement."""

@@ -49,7 +49,7 @@ def from_model(model: Model, *, classes: Optional[npt.ArrayLike] = None
     without, they are numbers if all of them read as whole numbers, or all as other numbers (``1.0``
     but not ``1``), and ascend, bool if they are False and True, else str. Column names other than
     x0, x1, ... become ``feature_names_in_``. The training rows of a Bayesian model are not in the
-    file, so partial_fit() refuses.
+    file, so there is no partial_fit().
 
     Raises ValueError if `classes` have other names than the model's, or those don't fit its tool.
     """

@@ -5,6 +5,7 @@
 #include "fuzz/archived.h"
 #include "fuzz/archived_host_classes.h"
 #include "tests/support/archived_classes_bayes.h"
+#include "tests/support/archived_classes_tool.h"
 #include "tests/support/archived_classes_trees.h"
 
 // What the archive targets load. The place in a family is what the first byte of an input says, so

@@ -209,26 +209,4 @@ struct Archived<vx_ClassifierKNN> {
   }
 };
 
-template <>
-struct Archived<vxClassifierTool> {
-  static Samples<vxClassifierTool> samples() {
-    vxClassifierTool trained;
-    trained.train(Archived<vxClassifierDataProviderMemory>::filled(),
-                  Archived<vxClassifierTrainParamsKNN>::filled());
-    return {{"empty", {}}, {"trained", trained}};
-  }
-  static void use(const vxClassifierTool& tool) {
-    const vxFeaturePattern pattern({1.0, 2.0}, {});
-    vxClassifierResult result;
-    tryAll([&] { return tool.isTrained(); }, [&] { return tool.trainParams(); },
-           [&] { tool.run(pattern, result); },
-           [&] {
-             vxClassifierTool copy(tool);
-             copy.retrain(*copy.trainParams());
-             copy.run(pattern, result);
-             copy.untrain();
-           });
-  }
-};
-
 #endif  // TESTS_SUPPORT_ARCHIVED_CLASSES_H_

@@ -150,15 +150,18 @@ struct Archived<vxClassifierTrainParamsBayesian> {
 
 template <>
 struct Archived<vx_ClassifierBayesian> {
-  static vx_ClassifierBayesian trained() {
+  static vxClassifierDataProviderMemory data() {
     vxClassifierDataProviderMemory data;
     const std::vector<std::vector<double>> rows = {{0.5, 2.0}, {1.5, 4.0}, {1.0, 5.0}, {2.5, 1.0}};
     for (std::size_t i = 0; i < rows.size(); ++i) {
       data.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern(rows[i], {})),
                    i % 2 == 0 ? 8 : 3);
     }
+    return data;
+  }
+  static vx_ClassifierBayesian trained() {
     vx_ClassifierBayesian classifier;
-    classifier.train(data, Archived<vxClassifierTrainParamsBayesian>::filled());
+    classifier.train(data(), Archived<vxClassifierTrainParamsBayesian>::filled());
     return classifier;
   }
   static Samples<vx_ClassifierBayesian> samples() {

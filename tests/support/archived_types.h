@@ -14,6 +14,7 @@
 #include "tests/support/archive_helpers.h"
 #include "tests/support/archived_classes.h"
 #include "tests/support/archived_classes_bayes.h"
+#include "tests/support/archived_classes_tool.h"
 #include "tests/support/archived_classes_trees.h"
 #include "tests/support/class_names.h"
 #include "tests/support/golden_archive.h"

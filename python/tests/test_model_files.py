@@ -171,6 +171,14 @@ def test_what_save_refuses_leaves_the_old_file(tmp_path, names, error, text):
     assert os.listdir(tmp_path) == ["m"]
 
 
+def test_only_a_tool_is_saved(tmp_path):
+    vxclss.save(tmp_path / "m", trained("knn"))
+    for swapped in ((trained("knn"), tmp_path / "m"), (tmp_path / "m", None),
+                    (tmp_path / "m", vxclss.load(tmp_path / "m")), (None, trained("knn"))):
+        with pytest.raises(TypeError):
+            vxclss.save(*swapped)
+
+
 def test_a_label_beyond_a_million_wants_names(tmp_path):
     tool = vxclss.Tool().train(vxclss.DataProvider([[1.0]], [2_000_000]), vxclss.TrainParamsKNN(1))
     with pytest.raises(ValueError, match="labels up to 2000000 need category_names"):

@@ -9,7 +9,9 @@ import pytest
 pytest.importorskip("sklearn")
 import vxclss
 from conftest import mixture
-from vxclss.sklearn import BayesClassifier, KNNClassifier, TreeClassifier, from_model, load
+from vxclss.sklearn import (
+    BayesClassifier, KNNClassifier, RuleTableClassifier, TreeClassifier, from_model, load,
+)
 
 WITH_TOOL = [BayesClassifier, KNNClassifier, TreeClassifier]
 X, Y = mixture(120, 4, 3)
@@ -65,6 +67,25 @@ def test_a_model_whose_names_dont_fit_makes_no_estimator(measurements, categorie
     model = vxclss.Model(KNNClassifier().fit(X, Y).tool_, measurements, categories)
     with pytest.raises(ValueError, match="names"):
         from_model(model)
+
+
+def test_only_a_model_makes_an_estimator():
+    for other in (None, KNNClassifier().fit(X, Y).tool_):
+        with pytest.raises(TypeError, match="from_model.. takes a Model, not"):
+            from_model(other)
+
+
+@pytest.mark.parametrize("estimator", [*WITH_TOOL, RuleTableClassifier])
+def test_a_file_that_cant_be_written_leaves_the_old_one(estimator, tmp_path, monkeypatch):
+    def full(*arguments):
+        raise OSError("the disk is full")
+
+    (tmp_path / "m").write_bytes(b"old")
+    monkeypatch.setattr("os.fsync", full)
+    with pytest.raises(OSError, match="full"):
+        estimator().fit(X, Y).save(tmp_path / "m")
+    assert (tmp_path / "m").read_bytes() == b"old"
+    assert list(tmp_path.iterdir()) == [tmp_path / "m"]
 
 
 @pytest.mark.parametrize("classes", [[b"a", b"b"], ["2020-01-01", "2020-01-02"]])

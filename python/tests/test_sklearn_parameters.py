@@ -5,8 +5,11 @@ import numpy as np
 import pytest
 
 pytest.importorskip("sklearn")
+from sklearn.ensemble import RandomForestClassifier
+from sklearn.tree import DecisionTreeRegressor
+
 import vxclss
-from conftest import mixture
+from conftest import bits, mixture
 from vxclss.sklearn import (
     BayesClassifier, KNNClassifier, RuleTableClassifier, TreeClassifier, from_model,
 )
@@ -18,6 +21,53 @@ WITH_TOOL = [BayesClassifier, KNNClassifier, TreeClassifier]
 def named(rows=120, width=4, seed=1):
     X, y = mixture(rows, width, 3, seed)
     return X, np.array(["washer", "bolt", "nut"])[y]
+
+
+@pytest.mark.parametrize("k, error", [
+    (2.5, TypeError), ("3", TypeError), (None, TypeError), (0, ValueError), (-1, ValueError)])
+def test_k_is_a_whole_number(k, error):
+    X, y = named()
+    with pytest.raises(error, match="n_neighbors is a whole number|K must be >= 1"):
+        KNNClassifier(k).fit(X, y)
+    with pytest.raises(TypeError, match="p is a number, not '2'"):
+        KNNClassifier(p="2").fit(X, y)
+
+
+def test_all_rows_are_neighbours_where_k_is_large():
+    X, y = named()
+    all_rows = KNNClassifier(len(X)).fit(X, y).predict_proba(X)
+    for k in (np.int16(121), 2**70):
+        assert bits(KNNClassifier(k).fit(X, y).predict_proba(X)) == bits(all_rows)
+
+
+@pytest.mark.parametrize("rules, error, text", [
+    ([], ValueError, "without rules"), ([0], TypeError, "a rule is"), ("ab", TypeError, "a rule is"),
+    ([("a", [None] * 4, 1)], TypeError, "a rule is"),
+    ([("a", [1, 2, 3, 4])], TypeError, "a score function is a FeatureScore or None, not 1")])
+def test_what_are_no_rules_is_refused(rules, error, text):
+    X, y = named()
+    with pytest.raises(error, match=text):
+        RuleTableClassifier(rules).fit(X, y)
+
+
+@pytest.mark.parametrize("other", [
+    DecisionTreeRegressor(), RandomForestClassifier(n_estimators=2), KNNClassifier()])
+def test_only_a_classification_tree_is_converted(other):
+    X, y = mixture(60, 2, 2)
+    with pytest.raises(TypeError, match=f"DecisionTreeClassifiers, not {type(other).__name__}"):
+        TreeClassifier.from_sklearn(other.fit(X, y))
+    with pytest.raises(TypeError, match="DecisionTreeClassifiers, not"):
+        TreeClassifier(learner=other).fit(X, y)
+
+
+@pytest.mark.parametrize("estimator", [*WITH_TOOL, RuleTableClassifier])
+def test_sparse_rows_are_refused(estimator):
+    sparse = pytest.importorskip("scipy.sparse")
+    X, y = named()
+    with pytest.raises(TypeError, match="dense data is required"):
+        estimator().fit(sparse.csr_matrix(X), y)
+    with pytest.raises(TypeError, match="dense data is required"):
+        estimator().fit(X, y).predict(sparse.csr_matrix(X))
 
 
 @pytest.mark.parametrize("keep_rows", [False, True])

@@ -84,10 +84,17 @@ def save(path: _Path, tool: Tool, measurement_names: Optional[Sequence[str]] = N
     categories as their labels. A decision tree does not know how many measurements it is meant
     for; without names it gets as many as its questions ask about.
 
-    Raises NotTrained; ValueError for names that are equal or too few; OSError.
+    Raises TypeError for something other than a Tool; NotTrained; ValueError for names that are
+    equal or too few; OSError.
     """
-    data = _core.model_bytes(tool, _measurement_names(tool, measurement_names),
-                             _category_names(tool, category_names))
+    if not isinstance(tool, Tool):
+        raise TypeError(f"save() writes a Tool, not {type(tool).__name__}")
+    write_whole(path, _core.model_bytes(tool, _measurement_names(tool, measurement_names),
+                                        _category_names(tool, category_names)))
+
+
+def write_whole(path: _Path, data: bytes) -> None:
+    """Writes a file that appears whole or not at all."""
     target = os.path.realpath(path)
     handle, temporary = tempfile.mkstemp(prefix=".vxclss-", dir=os.path.dirname(target))
     try:

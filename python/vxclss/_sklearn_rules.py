@@ -4,7 +4,6 @@
 from __future__ import annotations
 
 import json
-import os
 from typing import Any, Dict, List, Optional, Sequence, Tuple, TypeVar, Union
 
 import numpy as np
@@ -14,6 +13,7 @@ from sklearn.utils.validation import check_is_fitted  # type: ignore[import]
 from ._core import (
     FeatureScore, FeatureScoreIgnore, FeatureScoreOneSided, FeatureScoreTwoSided, Rule, RuleTable,
 )
+from ._model import _Path, write_whole
 from ._sklearn_base import (
     Estimator, Floats, Names, classes_among, codes_of, texts_of, unchanged_on_failure,
 )
@@ -69,7 +69,8 @@ class RuleTableClassifier(Estimator):
     def fit(self: _Self, X: npt.ArrayLike, y: npt.ArrayLike) -> _Self:
         """Makes a rule for each class of y (n) from the rows of X (n, d), or takes those given.
 
-        Raises ValueError if rules that are given don't fit X and y; BadParams for a bad table.
+        Raises ValueError if rules that are given don't fit X and y, or there are none; TypeError
+        for what is no rule; BadParams for a bad table.
         """
         if self.threshold is not None and not 0.0 <= self.threshold <= 1.0:
             raise ValueError(f"threshold is in [0, 1], not {self.threshold}")
@@ -96,6 +97,12 @@ class RuleTableClassifier(Estimator):
 
     def _given(self, names: Names) -> Tuple[Names, List[Rule]]:
         assert self.rules is not None
+        if len(self.rules) == 0:
+            raise ValueError("a table without rules decides nothing")
+        for rule in self.rules:
+            if not isinstance(rule, Rule) and not (isinstance(rule, (tuple, list))
+                                                   and len(rule) == 2):
+                raise TypeError(f"a rule is (name, score functions) or a Rule, not {rule!r}")
         named = [rule[0] for rule in self.rules if not isinstance(rule, Rule)]
         classes = classes_among(names.tolist() + named) if self.classes is None \
             else np.asarray(self.classes)
@@ -126,8 +133,10 @@ class RuleTableClassifier(Estimator):
         check_is_fitted(self, "classes_")
         return self.table_.rule_scores(self._checked_rows(X), n_jobs=self.n_jobs)
 
-    def save(self, path: Union[str, "os.PathLike[str]"]) -> None:
+    def save(self, path: _Path) -> None:
         """Writes the rules as JSON, for ``vxclss rules`` with ``--threshold``.
+
+        The file appears whole or not at all.
 
         Raises NotFittedError; ValueError if two classes have the same text; OSError.
         """
@@ -140,8 +149,7 @@ class RuleTableClassifier(Estimator):
                              in zip(columns, rule.scoring_methods)}}
                  for rule in self.table_.rules]
         text = json.dumps({"features": columns, "rules": rules}, indent=1, allow_nan=False)
-        with open(path, "w", encoding="utf-8") as file:
-            file.write(text + "\n")
+        write_whole(path, (text + "\n").encode())
 
     def _takes_nan(self) -> bool:
         return self.rules is not None
@@ -151,6 +159,9 @@ def _rule(rule: Union[Rule, Tuple[Any, Sequence[Optional[FeatureScore]]]], class
     if isinstance(rule, Rule):
         return rule
     name, scores = rule
+    for score in scores:
+        if score is not None and not isinstance(score, FeatureScore):
+            raise TypeError(f"a score function is a FeatureScore or None, not {score!r}")
     return Rule([FeatureScoreIgnore() if score is None else score for score in scores],
                 int(codes_of([name], classes)[0]))
 

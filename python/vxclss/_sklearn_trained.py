@@ -4,7 +4,9 @@
 from __future__ import annotations
 
 import math
+import numbers
 import operator
+import sys
 from threading import RLock
 from typing import Any, Dict, List, Optional, Sequence, Tuple, TypeVar, Union
 
@@ -357,8 +359,12 @@ class KNNClassifier(TrainedEstimator):
         return Tool().train(data, self._params(None))
 
     def _params(self, counts: Optional[Integers]) -> TrainParamsKNN:
+        if not isinstance(self.n_neighbors, numbers.Integral):
+            raise TypeError(f"n_neighbors is a whole number, not {self.n_neighbors!r}")
+        if not isinstance(self.p, numbers.Real):
+            raise TypeError(f"p is a number, not {self.p!r}")
         metric = Norm(self.p)
         if not math.isfinite(metric.order):
             raise ValueError(f"p is finite, not {self.p}")
-        return TrainParamsKNN(self.n_neighbors, distance_metric=metric,
+        return TrainParamsKNN(min(self.n_neighbors, sys.maxsize), distance_metric=metric,
                               misclassification_costs=costs_of(self.costs, self.classes_))

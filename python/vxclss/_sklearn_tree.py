@@ -162,7 +162,7 @@ class TreeClassifier(ToolEstimator):
         """The fitted estimator that decides as a fitted DecisionTreeClassifier does, always.
 
         Measurements beyond the range of float32, which scikit-learn refuses, are infinite to it.
-        Raises NotFittedError; ValueError for a tree of several outputs; Unstorable when saved or
+        Raises NotFittedError; TypeError for another estimator; ValueError for a tree of several outputs; Unstorable when saved or
         pickled if the tree is deeper than 998 levels.
         """
         check_is_fitted(fitted)
@@ -204,6 +204,9 @@ class TreeClassifier(ToolEstimator):
         self.classes_, self._tool = classes, tool
 
     def _take(self, fitted: Any) -> None:
+        if not isinstance(fitted, DecisionTreeClassifier):
+            raise TypeError(f"the trees to convert are DecisionTreeClassifiers, not "
+                            f"{type(fitted).__name__}")
         tree = tree_of(fitted, costs_of(self.costs, np.asarray(fitted.classes_)))
         self.classes_ = np.asarray(fitted.classes_)
         self.n_features_in_ = fitted.n_features_in_

@@ -51,8 +51,11 @@ def from_model(model: Model, *, classes: Optional[npt.ArrayLike] = None
     x0, x1, ... become ``feature_names_in_``. The training rows of a Bayesian model are not in the
     file, so there is no partial_fit().
 
-    Raises ValueError if `classes` have other names than the model's, or those don't fit its tool.
+    Raises TypeError for something other than a Model; ValueError if `classes` have other names than
+    the model's, or those don't fit its tool.
     """
+    if not isinstance(model, Model):
+        raise TypeError(f"from_model() takes a Model, not {type(model).__name__}")
     _model.check_names(model)
     tool = model.tool
     names = _classes_of(model, classes)

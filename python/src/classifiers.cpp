@@ -123,8 +123,12 @@ void addBase(py::module_& module) {
   base.def(
       "retrain", [](Box& self, const Params& params) { self.changeable().retrain(params); },
       py::arg("params"), "Takes new parameters without the data. Raises NotTrained, BadMethod.");
-  base.def("untrain", [](Box& self) { self.changeable().untrain(); });
-  base.def_property_readonly("is_trained", [](const Box& self) { return self.get().isTrained(); });
+  base.def(
+      "untrain", [](Box& self) { self.changeable().untrain(); },
+      "Forgets what was trained. Raises TypeError for the classifier of a tool.");
+  base.def_property_readonly(
+      "is_trained", [](const Box& self) { return self.get().isTrained(); },
+      "Whether it was trained; it may still lack the data to run.");
   base.def_property_readonly(
       "train_params", [](const Box& self) { return wrapped(self.get().trainParams()); },
       "Parameters of the last training. Raises NotTrained; BadMethod without any.");
@@ -179,11 +183,14 @@ void addTechniques(py::module_& module) {
   bayes.def_property_readonly(
       "category_labels", [](const Bayesian& self) { return self.technique().categoryLabels(); },
       "Label of each model, in the order in which training met them.");
-  bayes.def_property_readonly("category_models", [](const Bayesian& self) {
-    py::list models;
-    for (const auto& model : self.technique().categoryModels()) models.append(wrapped(model));
-    return models;
-  });
+  bayes.def_property_readonly(
+      "category_models",
+      [](const Bayesian& self) {
+        py::list models;
+        for (const auto& model : self.technique().categoryModels()) models.append(wrapped(model));
+        return models;
+      },
+      "A new list of a CategoryModelBayesian for each of category_labels; empty when untrained.");
   bayes.def("__repr__", [](const Bayesian& self) -> std::string {
     if (!self.get().isTrained()) return "<ClassifierBayesian, untrained>";
     return "<ClassifierBayesian of " + std::to_string(self.technique().categoryLabels().size()) +

@@ -60,12 +60,14 @@ void addCostsClass(py::module_& module) {
           "`overrides` maps (true label, assigned label) to a cost.\n\n"
           "Raises BadParams for a cost below 0; BadLabel for a pair of equal or negative labels.");
   cls.def_property_readonly("default",
-                            py::overload_cast<>(&Costs::defaultMisclassificationCost, py::const_));
+                            py::overload_cast<>(&Costs::defaultMisclassificationCost, py::const_),
+                            "Cost of every mistake without an override, >= 0.");
   cls.def_property_readonly(
       "overrides", [](const Costs& self) { return overridesOf(self); },
       "A new dict of (true label, assigned label) to cost, in order.");
   cls.def("misclassification_cost", &Costs::misclassificationCost, py::arg("true_label"),
-          py::arg("assigned_label"), "Raises BadLabel for a pair of equal or negative labels.");
+          py::arg("assigned_label"),
+          "The cost of a pair. Raises BadLabel for equal or negative labels.");
   cls.def(
       "with_override",
       [](const Costs& self, long trueLabel, long assignedLabel, double cost) {
@@ -102,13 +104,14 @@ void addFrequenciesClass(py::module_& module) {
           py::arg("default") = 1.0, py::arg("overrides") = py::none(),
           "`overrides` maps a label to a frequency.\n\n"
           "Raises BadParams for a frequency that is not above 0; BadLabel for a negative label.");
-  cls.def_property_readonly(
-      "default", py::overload_cast<>(&Frequencies::defaultCategoryFrequency, py::const_));
+  cls.def_property_readonly("default",
+                            py::overload_cast<>(&Frequencies::defaultCategoryFrequency, py::const_),
+                            "Frequency of every label without an override, > 0.");
   cls.def_property_readonly(
       "overrides", [](const Frequencies& self) { return overridesOf(self); },
       "A new dict of label to frequency, in order.");
   cls.def("category_frequency", &Frequencies::categoryFrequency, py::arg("label"),
-          "Raises BadLabel for a negative label.");
+          "The frequency of a label. Raises BadLabel for a negative one.");
   cls.def(
       "with_override",
       [](const Frequencies& self, long label, double frequency) {

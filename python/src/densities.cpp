@@ -83,9 +83,11 @@ void addDensityClasses(py::module_& module) {
 
   py::class_<Binomial, Density, vxPtrHandle<Binomial>> binomial(
       module, "BinomialDensity", "A binomial density of one measurement (vx_PDFBinomial).");
-  binomial.def_property_readonly("theta", &Binomial::theta, "Success probability.");
+  binomial.def_property_readonly("theta", &Binomial::theta, "Success probability, [0, 1].");
   binomial.def_property_readonly("num_trials", &Binomial::numTrials, "0 until it was estimated.");
-  binomial.def_property_readonly("maximum_value", &Binomial::maximumValue);
+  binomial.def_property_readonly(
+      "maximum_value", &Binomial::maximumValue,
+      "Largest value of the measurement, in its own unit; it stands for as many successes as trials.");
   binomial.def("__repr__", [](const Binomial& self) {
     return "<BinomialDensity of " + std::to_string(self.numTrials()) + " trials, theta " +
            shown(self.theta()) + ", maximum " + shown(self.maximumValue()) + ">";
@@ -98,10 +100,12 @@ void addModel(py::module_& module) {
       module, "CategoryModelBayesian",
       "One category as a product of independent densities over groups of measurements\n"
       "(vx_CategoryModelBayesian). What a classifier hands out never changes.");
-  cls.def_property_readonly("category_label",
-                            [](const Model& self) { return self.categoryLabel(); });
-  cls.def_property_readonly("num_measurements",
-                            [](const Model& self) { return self.numMeasurements(); });
+  cls.def_property_readonly(
+      "category_label", [](const Model& self) { return self.categoryLabel(); },
+      "Label of the category, >= 0.");
+  cls.def_property_readonly(
+      "num_measurements", [](const Model& self) { return self.numMeasurements(); },
+      "Measurements of a pattern that the model was trained on.");
   cls.def_property_readonly("measurement_groups", &Model::measurementGroups,
                             "A new list of lists of measurement indices.");
   cls.def_property_readonly(

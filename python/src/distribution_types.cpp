@@ -86,7 +86,8 @@ void addDistributionTypes(py::module_& module) {
       "that share a measurement become one.\n\n"
       "Raises BadLabel, BadIndex; BadParams for a set of different types.");
   cls.def_property_readonly("default",
-                            py::overload_cast<>(&Types::defaultDistributionType, py::const_));
+                            py::overload_cast<>(&Types::defaultDistributionType, py::const_),
+                            "DistributionType of every measurement without an override.");
   cls.def_property_readonly(
       "overrides", [](const Types& self) { return overridesOf(self); },
       "A new dict of (category, measurement) to DistributionType.");

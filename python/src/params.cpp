@@ -57,7 +57,8 @@ void addMetrics(py::module_& module) {
       "The Minkowski distance (sum |a_i - b_i|^p)^(1/p) (vxPatternDistanceMetricNorm).\n"
       "Never changes.");
   norm.def(py::init<double>(), py::arg("order") = 2.0, "Raises BadParams unless order > 0.");
-  norm.def_property_readonly("order", py::overload_cast<>(&Norm::order, py::const_));
+  norm.def_property_readonly("order", py::overload_cast<>(&Norm::order, py::const_),
+                             "The p of the formula, > 0.");
   norm.def("__repr__", [](const Norm& self) { return "Norm(" + shown(self.order()) + ")"; });
   addSharedArchive(norm, 2.0);
 }
@@ -87,11 +88,15 @@ void addKNN(py::module_& module) {
       "`distance_metric` is a DistanceMetric or the order of a norm; without it the distance is\n"
       "Euclidean. Without costs every mistake costs 1.\n\n"
       "Raises BadParams for k < 1 or an order that is not above 0.");
-  cls.def_property_readonly("k", py::overload_cast<>(&ParamsKNN::k, py::const_));
-  cls.def_property_readonly("distance_metric",
-                            [](const ParamsKNN& self) { return wrapped(self.distanceMetric()); });
-  cls.def_property_readonly("misclassification_costs",
-                            [](const ParamsKNN& self) { return self.misclassificationCosts(); });
+  cls.def_property_readonly("k", py::overload_cast<>(&ParamsKNN::k, py::const_),
+                            "How many neighbours decide, >= 1.");
+  cls.def_property_readonly(
+      "distance_metric", [](const ParamsKNN& self) { return wrapped(self.distanceMetric()); },
+      "The DistanceMetric that makes a pattern a neighbour.");
+  cls.def_property_readonly(
+      "misclassification_costs",
+      [](const ParamsKNN& self) { return self.misclassificationCosts(); },
+      "The Costs of mistakes.");
   cls.def(
       "__eq__", [](const ParamsKNN& a, const ParamsKNN& b) { return a == b; }, py::is_operator());
   cls.def("__repr__", [](const ParamsKNN& self) {
@@ -125,16 +130,23 @@ void addBayesian(py::module_& module) {
       "Without frequencies all categories are equally frequent; without costs every mistake\n"
       "costs 1. `max_measurement_values` is a FeaturePattern or a list of numbers; where it has\n"
       "none, or NaN, the largest value of a binomial measurement is 1.");
-  cls.def_property_readonly("distribution_types",
-                            [](const ParamsBayesian& self) { return self.distributionTypes(); });
-  cls.def_property_readonly("category_frequencies",
-                            [](const ParamsBayesian& self) { return self.categoryFrequencies(); });
-  cls.def_property_readonly("misclassification_costs", [](const ParamsBayesian& self) {
-    return self.misclassificationCosts();
-  });
-  cls.def_property_readonly("max_measurement_values", [](const ParamsBayesian& self) {
-    return vxPtrHandle<vxFeaturePattern>(new vxFeaturePattern(self.maxMeasurementValues()));
-  });
+  cls.def_property_readonly(
+      "distribution_types", [](const ParamsBayesian& self) { return self.distributionTypes(); },
+      "The DistributionTypes of the measurements.");
+  cls.def_property_readonly(
+      "category_frequencies", [](const ParamsBayesian& self) { return self.categoryFrequencies(); },
+      "The Frequencies of the categories.");
+  cls.def_property_readonly(
+      "misclassification_costs",
+      [](const ParamsBayesian& self) { return self.misclassificationCosts(); },
+      "The Costs of mistakes.");
+  cls.def_property_readonly(
+      "max_measurement_values",
+      [](const ParamsBayesian& self) {
+        return vxPtrHandle<vxFeaturePattern>(new vxFeaturePattern(self.maxMeasurementValues()));
+      },
+      "Largest value of each binomial measurement, in its unit: a FeaturePattern. Where it has none,\n"
+      "or an invalid one, the largest value is 1.");
   cls.def(
       "__eq__", [](const ParamsBayesian& a, const ParamsBayesian& b) { return a == b; },
       py::is_operator());

@@ -31,7 +31,8 @@ void addCategory(py::module_& module) {
           py::arg("expected_cost") = 0.0,
           "Raises BadLabel for a negative label; BadParams for a score outside [0, 1] or a cost\n"
           "below 0.");
-  cls.def_property_readonly("category_label", &Category::categoryLabel);
+  cls.def_property_readonly("category_label", &Category::categoryLabel,
+                            "Label of the category, >= 0.");
   cls.def_property_readonly("match_score", &Category::matchScore,
                             "How well the pattern matches the category, [0, 1].");
   cls.def_property_readonly("class_score", &Category::classScore,

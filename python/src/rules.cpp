@@ -36,7 +36,9 @@ void addScores(py::module_& module) {
       "Maps a feature's value to a degree of membership in [0, 1], or to -1: the feature doesn't\n"
       "count (vxClsFtSc). Never changes, so rules may share one.");
   base.def(
-      "score", [](const Score& self, double x) { return self.score(x); }, py::arg("x"));
+      "score", [](const Score& self, double x) { return self.score(x); }, py::arg("x"),
+      "The degree for a feature's value, [0, 1], or -1.\n\n"
+      "Raises BadParams for x values that are out of order, which only an archive can hold.");
   base.def(
       "__eq__", [](const Score& a, const Score& b) { return a == b; }, py::is_operator());
 
@@ -58,11 +60,16 @@ void addScores(py::module_& module) {
           py::arg("x0") = 0.0, py::arg("x1") = 1.0, py::arg("xc") = 1.0, py::arg("y0") = 1.0,
           py::arg("y1") = 0.0,
           "Raises BadParams if y0 or y1 is outside [0, 1], or x1 not between x0 and xc.");
-  one.def_property_readonly("x0", py::overload_cast<>(&OneSided::x0, py::const_));
-  one.def_property_readonly("x1", py::overload_cast<>(&OneSided::x1, py::const_));
-  one.def_property_readonly("xc", py::overload_cast<>(&OneSided::xc, py::const_));
-  one.def_property_readonly("y0", py::overload_cast<>(&OneSided::y0, py::const_));
-  one.def_property_readonly("y1", py::overload_cast<>(&OneSided::y1, py::const_));
+  one.def_property_readonly("x0", py::overload_cast<>(&OneSided::x0, py::const_),
+                            "Up to here the score is y0, in the feature's unit.");
+  one.def_property_readonly("x1", py::overload_cast<>(&OneSided::x1, py::const_),
+                            "From here to the cut-off the score is y1, in the feature's unit.");
+  one.def_property_readonly("xc", py::overload_cast<>(&OneSided::xc, py::const_),
+                            "The cut-off, beyond which the score is 0, in the feature's unit.");
+  one.def_property_readonly("y0", py::overload_cast<>(&OneSided::y0, py::const_),
+                            "The score up to x0, [0, 1].");
+  one.def_property_readonly("y1", py::overload_cast<>(&OneSided::y1, py::const_),
+                            "The score from x1 to xc, [0, 1].");
   one.def("__repr__", [](const OneSided& s) {
     return "FeatureScoreOneSided(" + joined({s.x0(), s.x1(), s.xc(), s.y0(), s.y1()}) + ")";
   });
@@ -85,19 +92,20 @@ void addTwoSided(py::module_& module) {
           py::arg("y0h") = 1.0, py::arg("y1h") = 0.0,
           "Raises BadParams for a low x value above the smallest high one, and as the one-sided\n"
           "function does. By default a triangle: 1 at 0, falling to 0 at -1 and 1.");
-  const auto property = [&cls](const char* name, double (TwoSided::*get)() const) {
-    cls.def_property_readonly(name, get);
+  const auto property = [&cls](const char* name, double (TwoSided::*get)() const,
+                               const char* meaning) {
+    cls.def_property_readonly(name, get, meaning);
   };
-  property("x0", &TwoSided::x0);
-  property("x1", &TwoSided::x1);
-  property("xc", &TwoSided::xc);
-  property("x0h", &TwoSided::x0h);
-  property("x1h", &TwoSided::x1h);
-  property("xch", &TwoSided::xch);
-  property("y0", &TwoSided::y0);
-  property("y1", &TwoSided::y1);
-  property("y0h", &TwoSided::y0h);
-  property("y1h", &TwoSided::y1h);
+  property("x0", &TwoSided::x0, "x0 of the low side, in the feature's unit.");
+  property("x1", &TwoSided::x1, "x1 of the low side, in the feature's unit.");
+  property("xc", &TwoSided::xc, "xc of the low side, in the feature's unit.");
+  property("x0h", &TwoSided::x0h, "x0 of the high side, in the feature's unit.");
+  property("x1h", &TwoSided::x1h, "x1 of the high side, in the feature's unit.");
+  property("xch", &TwoSided::xch, "xc of the high side, in the feature's unit.");
+  property("y0", &TwoSided::y0, "y0 of the low side, [0, 1].");
+  property("y1", &TwoSided::y1, "y1 of the low side, [0, 1].");
+  property("y0h", &TwoSided::y0h, "y0 of the high side, [0, 1].");
+  property("y1h", &TwoSided::y1h, "y1 of the high side, [0, 1].");
   cls.def_property_readonly(
       "low", [](const TwoSided& self) { return vxPtrHandle<OneSided>(self.Low().clone()); },
       "The low side, a new FeatureScoreOneSided.");
@@ -148,8 +156,9 @@ void addRule(py::module_& module) {
           }),
           py::arg("scoring_methods"), py::arg("label"),
           "Raises BadParams for a negative label or an empty list.");
-  cls.def_property_readonly("scoring_methods", &Rule::scoringMethods);
-  cls.def_property_readonly("label", &Rule::label);
+  cls.def_property_readonly("scoring_methods", &Rule::scoringMethods,
+                            "A new list of the FeatureScore of each feature, in their order.");
+  cls.def_property_readonly("label", &Rule::label, "Label of the category, >= 0.");
   cls.def(
       "score",
       [](const Rule& self, const py::object& vector) { return self.score(vectorFrom(vector)); },

@@ -136,7 +136,9 @@ void addTool(py::module_& module) {
           "Only the class scores of run(X), an array of float64 (n, c).");
   cls.def(
       "untrain", [](Tool& self) { self = Tool(); }, "Forgets what was trained.");
-  cls.def_property_readonly("is_trained", [](const Tool& self) { return self.get().isTrained(); });
+  cls.def_property_readonly(
+      "is_trained", [](const Tool& self) { return self.get().isTrained(); },
+      "Whether it was trained; a tool trained without the check may still lack the data to run.");
   cls.def_property_readonly(
       "category_labels", [](const Tool& self) { return arrayOf(self.runner().categories); },
       "Labels of the columns of a batch, ascending; a new array of int64. Raises NotTrained.");

@@ -33,8 +33,10 @@ void addComparison(py::module_& module) {
       "(vxComparisonPredicate). Swap the indices to ask for less.");
   cls.def(py::init<long, long>(), py::arg("measurement_index1"), py::arg("measurement_index2"),
           "Raises BadParams for equal indices; BadIndex for one below 0.");
-  cls.def_property_readonly("measurement_index1", &Comparison::measurementIndex1);
-  cls.def_property_readonly("measurement_index2", &Comparison::measurementIndex2);
+  cls.def_property_readonly("measurement_index1", &Comparison::measurementIndex1,
+                            "Index of the measurement that shall be greater, >= 0.");
+  cls.def_property_readonly("measurement_index2", &Comparison::measurementIndex2,
+                            "Index of the measurement that it is compared with, >= 0.");
   cls.def("__repr__", [](const Comparison& self) {
     return "ComparisonPredicate(" + std::to_string(self.measurementIndex1()) + ", " +
            std::to_string(self.measurementIndex2()) + ")";
@@ -56,10 +58,14 @@ void addRange(py::module_& module) {
           py::arg("measurement_indices") = std::vector<long>{0},
           "`measurement_range` is (low, high), None the full range. Raises BadIndex for an index\n"
           "below 0.");
-  cls.def_property_readonly("measurement_range", [](const InRange& self) {
-    return Range(self.measurementRange().low(), self.measurementRange().high());
-  });
-  cls.def_property_readonly("measurement_indices", &InRange::measurementIndices);
+  cls.def_property_readonly(
+      "measurement_range",
+      [](const InRange& self) {
+        return Range(self.measurementRange().low(), self.measurementRange().high());
+      },
+      "(low, high), in the unit of the measurements; both belong to the range.");
+  cls.def_property_readonly("measurement_indices", &InRange::measurementIndices,
+                            "A new list of the indices that are asked about, >= 0.");
   cls.def("__repr__", [](const InRange& self) {
     return "RangePredicate((" + shown(self.measurementRange().low()) + ", " +
            shown(self.measurementRange().high()) + "), " +
@@ -76,7 +82,8 @@ void addValidity(py::module_& module) {
   cls.def(py::init<const std::vector<long>&>(),
           py::arg("measurement_indices") = std::vector<long>{0},
           "Raises BadIndex for an index below 0.");
-  cls.def_property_readonly("measurement_indices", &Validity::measurementIndices);
+  cls.def_property_readonly("measurement_indices", &Validity::measurementIndices,
+                            "A new list of the indices that are asked about, >= 0.");
   cls.def("__repr__", [](const Validity& self) {
     return "ValidityPredicate(" + shown(py::cast(self.measurementIndices())) + ")";
   });
@@ -110,7 +117,8 @@ void addTreeClasses(py::module_& module) {
   base.def_property_readonly(
       "category_labels", &Tree::categoryLabels,
       "Every label that some leaf can give, those below the false side first.");
-  base.def_property_readonly("num_categories", &Tree::numCategories);
+  base.def_property_readonly("num_categories", &Tree::numCategories,
+                             "How many labels category_labels has.");
   base.def(
       "__eq__", [](const Tree& a, const Tree& b) { return a.isEqual(b); }, py::is_operator());
 
@@ -118,8 +126,9 @@ void addTreeClasses(py::module_& module) {
                                                  "The end of a walk (vxDecisionTreeLeaf).");
   leaf.def(py::init<const vxClassifierResult&>(), py::arg("classifier_result"),
            "A leaf that answers with a Result.");
-  leaf.def_property_readonly("classifier_result",
-                             [](const Leaf& self) { return self.classifierResult(); });
+  leaf.def_property_readonly(
+      "classifier_result", [](const Leaf& self) { return self.classifierResult(); },
+      "The Result that it answers with.");
   leaf.def("__repr__", [](const Leaf& self) {
     return "DecisionTreeLeaf(" + shownResult(self.classifierResult()) + ")";
   });
@@ -131,12 +140,15 @@ void addTreeClasses(py::module_& module) {
   node.def(py::init<const Predicate&, const Tree&, const Tree&>(), py::arg("predicate_function"),
            py::arg("true_tree"), py::arg("false_tree"),
            "A node that holds copies of the arguments; a subtree's copy shares what is below it.");
-  node.def_property_readonly("predicate_function",
-                             [](const Node& self) { return wrapped(self.predicateFunction()); });
-  node.def_property_readonly("true_tree",
-                             [](const Node& self) { return wrapped(self.trueTree()); });
-  node.def_property_readonly("false_tree",
-                             [](const Node& self) { return wrapped(self.falseTree()); });
+  node.def_property_readonly(
+      "predicate_function", [](const Node& self) { return wrapped(self.predicateFunction()); },
+      "The Predicate that it asks.");
+  node.def_property_readonly(
+      "true_tree", [](const Node& self) { return wrapped(self.trueTree()); },
+      "The DecisionTree where the answer is yes.");
+  node.def_property_readonly(
+      "false_tree", [](const Node& self) { return wrapped(self.falseTree()); },
+      "The DecisionTree where the answer is no.");
   // The subtrees of a large tree would fill pages.
   node.def("__repr__", [](const Node& self) {
     return "<DecisionTreeNode that asks " + shown(wrapped(self.predicateFunction())) + ">";

@@ -2,6 +2,7 @@
 import inspect
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -67,6 +68,32 @@ def test_everything_public_is_documented():
         value = getattr(vxclss, name)
         if inspect.isclass(value) or inspect.isroutine(value):
             assert inspect.getdoc(value), name
+
+
+def members():
+    """Every public method and property of a public class, by name."""
+    for name in vxclss.__all__:
+        cls = getattr(vxclss, name)
+        for member, value in vars(cls).items() if inspect.isclass(cls) else ():
+            value = getattr(value, "__func__", value)  # of a static method
+            if not member.startswith("_") and (isinstance(value, property) or callable(value)):
+                yield f"{name}.{member}", value
+
+
+# What Python's enumerations have is known; of the others the names tell all.
+UNDOCUMENTED = {
+    "DistributionType.name", "DistributionType.value", "FeaturePattern.num_measurements",
+    "FeaturePattern.num_invalid", "DataProvider.name", "DataProvider.description",
+    "DataProvider.num_measurements", "DataProvider.num_patterns"}
+
+
+def test_every_member_is_documented():
+    found = dict(members())
+    assert len(found) > 150 and "FeatureScore.score" in found and "Tool.from_bytes" in found
+    signature = re.compile(r"(\d+\. )?\w+\(.*\)( -> .*)?|Overloaded function\.|")
+    bare = {name for name, value in found.items()
+            if all(signature.fullmatch(line) for line in (value.__doc__ or "").splitlines())}
+    assert bare <= UNDOCUMENTED
 
 
 def test_the_version_is_the_librarys():

@@ -3,8 +3,8 @@
 # Fuzzes every target in turn. Usage: fuzz/run_all.sh SECONDS_PER_TARGET [LIBFUZZER_OPTION...]
 #
 # Ends with the totals of all runs in the build directory, and with an error after a finding.
-# fuzz/run_all.sh 3600 executes about half a billion inputs on one core in a day; run it again and
-# again, each goes on from the last.
+# fuzz/run_all.sh 3600 executes about half a billion inputs on one core in two days; run it again
+# and again, each goes on from the last.
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

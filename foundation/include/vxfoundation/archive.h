@@ -135,9 +135,10 @@ class VXFOUNDATION_EXPORT vxArchive::StreamFailure : public Errors {
 
 /// Stores to a binary stream, which must outlive the archive.
 ///
-/// All bytes of an outermost transfer reach the stream before it returns. One that fails leaves
-/// the archive as it was if none of its bytes had reached the stream; otherwise the stream holds
-/// a torn transfer and every later one throws StreamFailure.
+/// All bytes of an outermost transfer reach the stream before it returns; a stream with a buffer
+/// may still fail to write them, which a flush or close tells. A transfer that fails leaves the
+/// archive as it was if none of its bytes had been handed to a stream that was good; otherwise the
+/// stream may hold a torn transfer and every later one throws StreamFailure.
 class VXFOUNDATION_EXPORT vxOutputArchive : public vxArchive {
  public:
   explicit vxOutputArchive(std::ostream& stream);

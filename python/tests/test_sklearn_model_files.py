@@ -99,8 +99,8 @@ def test_classes_of_other_kinds_are_refused(classes, tmp_path):
 
 
 def test_a_model_of_the_command_has_numbers_as_classes(command, tmp_path):
-    np.savetxt(tmp_path / "t.csv", np.c_[X, Y], fmt="%.17g", delimiter=",", header="x0,x1,x2,x3,kind",
-               comments="")
+    np.savetxt(tmp_path / "t.csv", np.c_[X, Y], fmt="%.17g", delimiter=",",
+               header="x0,x1,x2,x3,kind", comments="")
     subprocess.run([command, "train", tmp_path / "t.csv", "--label", "kind", "--method", "knn",
                     "-o", tmp_path / "m"], check=True, capture_output=True)
     loaded = load(tmp_path / "m")

@@ -41,8 +41,8 @@ def test_all_rows_are_neighbours_where_k_is_large():
 
 
 @pytest.mark.parametrize("rules, error, text", [
-    ([], ValueError, "without rules"), ([0], TypeError, "a rule is"), ("ab", TypeError, "a rule is"),
-    ([("a", [None] * 4, 1)], TypeError, "a rule is"),
+    ([], ValueError, "without rules"), ([0], TypeError, "a rule is"),
+    ("ab", TypeError, "a rule is"), ([("a", [None] * 4, 1)], TypeError, "a rule is"),
     ([("a", [1, 2, 3, 4])], TypeError, "a score function is a FeatureScore or None, not 1")])
 def test_what_are_no_rules_is_refused(rules, error, text):
     X, y = named()
@@ -58,6 +58,20 @@ def test_only_a_classification_tree_is_converted(other):
         TreeClassifier.from_sklearn(other.fit(X, y))
     with pytest.raises(TypeError, match="DecisionTreeClassifiers, not"):
         TreeClassifier(learner=other).fit(X, y)
+
+
+@pytest.mark.parametrize("dependent", [None, "all"])
+@pytest.mark.parametrize("number", [np.inf, -np.inf, 1e200])
+def test_infinity_has_scores_of_nan_and_the_first_label(dependent, number):
+    X, y = named()
+    fitted = BayesClassifier(dependent=dependent).fit(X, y)
+    query = np.vstack([X[:1], [[number, 0.0, 0.0, 0.0]]])
+    answers = fitted.tool_.run(query)
+    assert np.isnan(answers.class_scores[1]).all() and answers.labels[1] == 0
+    assert not np.isnan(answers.class_scores[0]).any()
+    if np.isinf(number):
+        with pytest.raises(ValueError, match="infinity"):
+            fitted.predict(query)
 
 
 @pytest.mark.parametrize("estimator", [*WITH_TOOL, RuleTableClassifier])

@@ -31,7 +31,8 @@ def codes_of(y: npt.ArrayLike, classes: Names) -> Integers:
     names = np.asarray(y).tolist()
     codes: Integers = np.array([places.get(name, -1) for name in names], np.int64)
     if (codes < 0).any():
-        raise ValueError(f"y has the label {names[int(codes.argmin())]!r}, which is none of classes "
+        unknown = names[int(codes.argmin())]
+        raise ValueError(f"y has the label {unknown!r}, which is none of classes "
                          f"{classes.tolist()}")
     return codes
 
@@ -73,7 +74,8 @@ def _made_costs(costs: CostsByName, classes: Names) -> Costs:
     if isinstance(costs, Mapping):
         for pair in costs:
             if not isinstance(pair, tuple) or len(pair) != 2:
-                raise ValueError(f"costs go from (true, assigned) names to numbers, not from {pair!r}")
+                raise ValueError(f"costs go from (true, assigned) names to numbers, not from "
+                                 f"{pair!r}")
         return Costs(1.0, {(_label_of(true, classes), _label_of(assigned, classes)): float(cost)
                            for (true, assigned), cost in costs.items()})
     matrix = np.asarray(costs, dtype=float)

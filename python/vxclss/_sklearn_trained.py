@@ -40,9 +40,9 @@ class TrainedEstimator(ToolEstimator):
     an estimator may share it.
 
     Once there are classes, any number of threads may ask, add rows, retrain, copy and pickle at the
-    same time. A question is answered from what was learnt at one moment: all rows of a partial_fit()
-    that has returned, and no part of the rows of one that has not. fit() and set_params() need the
-    estimator for themselves.
+    same time. A question is answered from what was learnt at one moment: all rows of a
+    partial_fit() that has returned, and no part of the rows of one that has not. fit() and
+    set_params() need the estimator for themselves.
     """
 
     # Rows that tool_ has not learnt yet, as they came.
@@ -155,8 +155,8 @@ class BayesClassifier(TrainedEstimator):
         "empirical": as often as in the training rows. A mapping goes from names to frequencies, 1
         for those left out; an array is in the order of ``classes_``.
     costs : None, float, mapping, array-like (c, c) or Costs
-        What a wrong decision costs, >= 0, finite. None: 1. A mapping goes from (true, assigned) names to
-        costs, 1 for those left out; a matrix has a row for each true class.
+        What a wrong decision costs, >= 0, finite. None: 1. A mapping goes from (true, assigned)
+        names to costs, 1 for those left out; a matrix has a row for each true class.
     distribution : "normal", "binomial", a list of them (d,), or DistributionTypes
         How each measurement is distributed.
     dependent : None, "all" or list of lists of columns

@@ -162,8 +162,8 @@ class TreeClassifier(ToolEstimator):
         """The fitted estimator that decides as a fitted DecisionTreeClassifier does, always.
 
         Measurements beyond the range of float32, which scikit-learn refuses, are infinite to it.
-        Raises NotFittedError; TypeError for another estimator; ValueError for a tree of several outputs; Unstorable when saved or
-        pickled if the tree is deeper than 998 levels.
+        Raises NotFittedError; TypeError for another estimator; ValueError for a tree of several
+        outputs; Unstorable when saved or pickled if the tree is deeper than 998 levels.
         """
         check_is_fitted(fitted)
         made = cls(learner=clone(fitted), costs=costs, n_jobs=n_jobs)

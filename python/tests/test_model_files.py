@@ -194,3 +194,13 @@ def test_saving_keeps_links_and_permissions(tmp_path):
     assert stat.S_IMODE(os.stat(tmp_path / "real").st_mode) == 0o640
     assert sorted(os.listdir(tmp_path)) == ["link", "real"]
     assert vxclss.load(tmp_path / "real").tool == trained("bayes")
+
+
+def test_only_a_regular_file_is_replaced(tmp_path):
+    os.mkfifo(tmp_path / "pipe")
+    os.symlink("pipe", tmp_path / "link")
+    for path in (tmp_path / "pipe", tmp_path / "link", tmp_path):
+        with pytest.raises(OSError, match="is not a regular file"):
+            vxclss.save(path, trained("bayes"))
+    assert sorted(os.listdir(tmp_path)) == ["link", "pipe"]
+    assert stat.S_ISFIFO(os.stat(tmp_path / "pipe").st_mode)

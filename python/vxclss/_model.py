@@ -3,6 +3,7 @@
 
 from __future__ import annotations
 
+import errno
 import os
 import tempfile
 from dataclasses import dataclass
@@ -96,6 +97,9 @@ def save(path: _Path, tool: Tool, measurement_names: Optional[Sequence[str]] = N
 def write_whole(path: _Path, data: bytes) -> None:
     """Writes a file that appears whole or not at all."""
     target = os.path.realpath(path)
+    # Replacing a device or a pipe by a file would be no favour, /dev/null least of all.
+    if os.path.exists(target) and not os.path.isfile(target):
+        raise OSError(errno.EINVAL, "is not a regular file", os.fspath(path))
     handle, temporary = tempfile.mkstemp(prefix=".vxclss-", dir=os.path.dirname(target))
     try:
         with os.fdopen(handle, "wb") as file:

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "bindings.h"
 
@@ -32,27 +33,41 @@ inline vxClassifierRuleTable unchanging(const vxClassifierRuleTable& table) { re
 template <class Class, class Store, class Load>
 void addArchive(Class& cls, Store store, Load load) {
   using Object = typename Class::type;
-  cls.def(
-      "to_bytes",
-      [store](const Object& self) {
-        const auto& kept = unchanging(self);
-        return storedBytes([&](vxArchive& archive) { store(archive, kept); });
-      },
-      "The archive of this object, as C++ stores it with ``archive || object``.");
+  const auto bytesOf = [store](const Object& self) {
+    const auto& kept = unchanging(self);
+    return storedBytes([&](vxArchive& archive) { store(archive, kept); });
+  };
+  const auto objectOf = [load](const py::object& data) {
+    decltype(load(std::declval<vxArchive&>())) loaded{};
+    loadBytes(data, [&](vxArchive& archive) { loaded = load(archive); });
+    return loaded;
+  };
+  cls.def("to_bytes", bytesOf,
+          "The archive of this object, as C++ stores it with ``archive || object``.");
   cls.def_static(
-      "from_bytes",
-      [load](const py::object& data) {
-        decltype(load(std::declval<vxArchive&>())) loaded{};
-        loadBytes(data, [&](vxArchive& archive) { loaded = load(archive); });
-        return loaded;
-      },
-      py::arg("data"),
+      "from_bytes", objectOf, py::arg("data"),
       "The object of an archive, bytes that need not be trusted.\n\n"
       "Raises ArchiveError for bytes that are no archive of this class from first to last.");
-  cls.def("__reduce__", [cls](const py::object& self) {
-    return py::make_tuple(py::module_::import("vxclss._pickle").attr("_unpickled"),
-                          py::make_tuple(self.attr("__class__"), self.attr("to_bytes")()));
+  cls.def("__reduce__", [bytesOf](const py::object& self) -> py::object {
+    const py::module_ pickling = py::module_::import("vxclss._pickle");
+    const py::type type = py::type::of(self);
+    if (!type.is(py::type::of<Object>())) return pickling.attr("_reduced")(self);
+    return py::make_tuple(pickling.attr("_unpickled"),
+                          py::make_tuple(type, bytesOf(self.cast<const Object&>())));
   });
+  if (PyType_HasFeature(reinterpret_cast<PyTypeObject*>(cls.ptr()), Py_TPFLAGS_BASETYPE) == 0) {
+    return;
+  }
+  // What a class that is derived in Python is copied and pickled with.
+  cls.def(py::pickle(
+      [bytesOf](const py::object& self) {
+        return py::make_tuple(bytesOf(self.cast<const Object&>()),
+                              py::getattr(self, "__dict__", py::dict()).attr("copy")());
+      },
+      [objectOf](const py::tuple& state) {
+        if (state.size() != 2) throw py::value_error("not the state of an object");
+        return std::make_pair(objectOf(state[0]), state[1].cast<py::dict>());
+      }));
 }
 
 /// The same for a value class with a transfer of its own, made from `arguments`.

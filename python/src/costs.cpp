@@ -44,7 +44,7 @@ py::dict overridesOf(const Frequencies& frequencies) {
 
 void addCostsClass(py::module_& module) {
   py::class_<Costs> cls(
-      module, "Costs",
+      module, "Costs", py::is_final(),
       "What it costs to mistake one category for another (vxClassifierCosts): a default, and\n"
       "overrides for ordered pairs of true and assigned label. Never changes.\n\n"
       "Costs are >= 0, in any unit; a correct decision costs nothing.");
@@ -89,7 +89,7 @@ void addCostsClass(py::module_& module) {
 
 void addFrequenciesClass(py::module_& module) {
   py::class_<Frequencies> cls(
-      module, "Frequencies",
+      module, "Frequencies", py::is_final(),
       "How often each category occurs, relative to the others (vxClassifierFrequencies): a default,\n"
       "and overrides by label. Never changes.\n\n"
       "Frequencies are > 0 and need not sum to 1.");

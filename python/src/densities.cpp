@@ -65,7 +65,8 @@ void addDensityClasses(py::module_& module) {
       py::is_operator());
 
   py::class_<Normal, Density, vxPtrHandle<Normal>> normal(
-      module, "NormalDensity", "A multivariate normal density (vx_PDFMultivariateNormal).");
+      module, "NormalDensity", py::is_final(),
+      "A multivariate normal density (vx_PDFMultivariateNormal).");
   normal.def_property_readonly(
       "mean", [](const Normal& self) { return arrayOf(self.mean()).attr("reshape")(-1); },
       "A new array of d numbers.");
@@ -82,7 +83,8 @@ void addDensityClasses(py::module_& module) {
   addSharedArchive(normal);
 
   py::class_<Binomial, Density, vxPtrHandle<Binomial>> binomial(
-      module, "BinomialDensity", "A binomial density of one measurement (vx_PDFBinomial).");
+      module, "BinomialDensity", py::is_final(),
+      "A binomial density of one measurement (vx_PDFBinomial).");
   binomial.def_property_readonly("theta", &Binomial::theta, "Success probability, [0, 1].");
   binomial.def_property_readonly("num_trials", &Binomial::numTrials, "0 until it was estimated.");
   binomial.def_property_readonly(
@@ -97,7 +99,7 @@ void addDensityClasses(py::module_& module) {
 
 void addModel(py::module_& module) {
   py::class_<Model, vxPtrHandle<Model>> cls(
-      module, "CategoryModelBayesian",
+      module, "CategoryModelBayesian", py::is_final(),
       "One category as a product of independent densities over groups of measurements\n"
       "(vx_CategoryModelBayesian). What a classifier hands out never changes.");
   cls.def_property_readonly(

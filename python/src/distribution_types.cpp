@@ -62,7 +62,7 @@ void addDistributionTypes(py::module_& module) {
       .value("UNIFORM", Types::eUniform, "refused by training: not implemented");
 
   py::class_<Types> cls(
-      module, "DistributionTypes",
+      module, "DistributionTypes", py::is_final(),
       "Which distribution models each measurement of each category, and which measurements of a\n"
       "category depend on each other (vxClassifierDistributionTypes). Never changes.");
   cls.def(

@@ -69,7 +69,7 @@ void addGenerator(Class& cls, const char* what) {
 
 void addGenerators(py::module_& module) {
   py::class_<ClassGenerator> one(
-      module, "ClassDataGenerator",
+      module, "ClassDataGenerator", py::is_final(),
       "Makes random patterns of one category, each measurement from a normal distribution\n"
       "(vx_ClassDataGenerator). Every generator starts from the same seed, so a copy, or one that\n"
       "was pickled, gives the same patterns.");
@@ -82,7 +82,7 @@ void addGenerators(py::module_& module) {
                "measurements, and a copy begins anew.");
 
   py::class_<TotalGenerator> total(
-      module, "TotalDataGenerator",
+      module, "TotalDataGenerator", py::is_final(),
       "Combines generators of several categories, in shuffled order (vx_TotalDataGenerator).\n"
       "It hands out only as many patterns of a category, and in all, as a pattern has\n"
       "measurements. A copy, or one that was pickled, gives the same patterns.");

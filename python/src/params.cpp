@@ -53,7 +53,7 @@ void addMetrics(py::module_& module) {
       py::is_operator());
 
   py::class_<Norm, Metric, vxPtrHandle<Norm>> norm(
-      module, "Norm",
+      module, "Norm", py::is_final(),
       "The Minkowski distance (sum |a_i - b_i|^p)^(1/p) (vxPatternDistanceMetricNorm).\n"
       "Never changes.");
   norm.def(py::init<double>(), py::arg("order") = 2.0, "Raises BadParams unless order > 0.");
@@ -65,7 +65,7 @@ void addMetrics(py::module_& module) {
 
 void addKNN(py::module_& module) {
   py::class_<ParamsKNN, Params, vxPtrHandle<ParamsKNN>> cls(
-      module, "TrainParamsKNN",
+      module, "TrainParamsKNN", py::is_final(),
       "Selects the nearest-neighbour technique: number of neighbours, distance, costs\n"
       "(vxClassifierTrainParamsKNN). Never changes.");
   cls.def(
@@ -111,7 +111,7 @@ void addKNN(py::module_& module) {
 
 void addBayesian(py::module_& module) {
   py::class_<ParamsBayesian, Params, vxPtrHandle<ParamsBayesian>> cls(
-      module, "TrainParamsBayesian",
+      module, "TrainParamsBayesian", py::is_final(),
       "Selects the Bayesian technique: distributions, category frequencies, costs, and the largest\n"
       "values of binomial measurements (vxClassifierTrainParamsBayesian). Never changes.");
   cls.def(

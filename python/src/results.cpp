@@ -23,7 +23,7 @@ std::string shownCategory(const Category& category) {
 }
 
 void addCategory(py::module_& module) {
-  py::class_<Category> cls(module, "CategoryResult",
+  py::class_<Category> cls(module, "CategoryResult", py::is_final(),
                            "What a classification says of one category\n"
                            "(vxClassifierCategoryResult). Never changes.");
   cls.def(py::init<long, double, double, double>(), py::arg("category_label"),
@@ -47,7 +47,7 @@ void addCategory(py::module_& module) {
 
 void addResult(py::module_& module) {
   py::class_<Result> cls(
-      module, "Result",
+      module, "Result", py::is_final(),
       "What a classification says of every category, the cheapest decision first\n"
       "(vxClassifierResult). A sequence of CategoryResult that never changes.");
   cls.def(py::init([](const std::vector<Category>& categories, double factor,

@@ -43,13 +43,14 @@ void addScores(py::module_& module) {
       "__eq__", [](const Score& a, const Score& b) { return a == b; }, py::is_operator());
 
   py::class_<Ignore, Score, vxPtrHandle<Ignore>> ignore(
-      module, "FeatureScoreIgnore", "A feature that doesn't count: -1 for every value.");
+      module, "FeatureScoreIgnore", py::is_final(),
+      "A feature that doesn't count: -1 for every value.");
   ignore.def(py::init<>());
   ignore.def("__repr__", [](const Ignore&) { return "FeatureScoreIgnore()"; });
   addSharedArchive(ignore);
 
   py::class_<OneSided, Score, vxPtrHandle<OneSided>> one(
-      module, "FeatureScoreOneSided",
+      module, "FeatureScoreOneSided", py::is_final(),
       "y0 up to x0, a straight line to y1 at x1, y1 up to the cut-off xc, 0 beyond; towards smaller\n"
       "values if xc < x0.");
   one.def(py::init([](double x0, double x1, double xc, double y0, double y1) {
@@ -78,7 +79,7 @@ void addScores(py::module_& module) {
 
 void addTwoSided(py::module_& module) {
   py::class_<TwoSided, Score, vxPtrHandle<TwoSided>> cls(
-      module, "FeatureScoreTwoSided",
+      module, "FeatureScoreTwoSided", py::is_final(),
       "Two one-sided functions for a band of good values: the low one below the smallest x value of\n"
       "the high one, the high one from there on.");
   cls.def(py::init([](double x0, double x1, double xc, double x0h, double x1h, double xch,
@@ -122,7 +123,7 @@ void addTwoSided(py::module_& module) {
 }
 
 void addVector(py::module_& module) {
-  py::class_<Vector> cls(module, "FeatureVector",
+  py::class_<Vector> cls(module, "FeatureVector", py::is_final(),
                          "The feature values of one object (vxClassifierFeatureVector). There are\n"
                          "no validity flags: give NaN for a feature that could not be measured.");
   cls.def(py::init([](const py::object& values) { return Vector(numbers(values, "values")); }),
@@ -143,7 +144,7 @@ Vector vectorFrom(const py::object& object) {
 }
 
 void addRule(py::module_& module) {
-  py::class_<Rule> cls(module, "Rule",
+  py::class_<Rule> cls(module, "Rule", py::is_final(),
                        "One category's score function for each feature (vxClassifierRule). Never\n"
                        "changes.");
   cls.def(py::init([](const Handles& methods, long label) {

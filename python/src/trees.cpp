@@ -28,7 +28,7 @@ using Range = std::pair<double, double>;
 void addComparison(py::module_& module) {
   using Comparison = vxComparisonPredicate;
   py::class_<Comparison, Predicate, vxPtrHandle<Comparison>> cls(
-      module, "ComparisonPredicate",
+      module, "ComparisonPredicate", py::is_final(),
       "Whether one measurement is greater than another; no if one of them is invalid\n"
       "(vxComparisonPredicate). Swap the indices to ask for less.");
   cls.def(py::init<long, long>(), py::arg("measurement_index1"), py::arg("measurement_index2"),
@@ -47,7 +47,7 @@ void addComparison(py::module_& module) {
 void addRange(py::module_& module) {
   using InRange = vxRangePredicate;
   py::class_<InRange, Predicate, vxPtrHandle<InRange>> cls(
-      module, "RangePredicate",
+      module, "RangePredicate", py::is_final(),
       "Whether all listed measurements are valid and within a range, ends included\n"
       "(vxRangePredicate). An empty list makes it yes; NaN is in no range but the full one.");
   cls.def(py::init([](const std::optional<Range>& range, const std::vector<long>& indices) {
@@ -77,7 +77,7 @@ void addRange(py::module_& module) {
 void addValidity(py::module_& module) {
   using Validity = vxValidityPredicate;
   py::class_<Validity, Predicate, vxPtrHandle<Validity>> cls(
-      module, "ValidityPredicate",
+      module, "ValidityPredicate", py::is_final(),
       "Whether all listed measurements are valid; yes for an empty list (vxValidityPredicate).");
   cls.def(py::init<const std::vector<long>&>(),
           py::arg("measurement_indices") = std::vector<long>{0},
@@ -122,7 +122,7 @@ void addTreeClasses(py::module_& module) {
   base.def(
       "__eq__", [](const Tree& a, const Tree& b) { return a.isEqual(b); }, py::is_operator());
 
-  py::class_<Leaf, Tree, vxPtrHandle<Leaf>> leaf(module, "DecisionTreeLeaf",
+  py::class_<Leaf, Tree, vxPtrHandle<Leaf>> leaf(module, "DecisionTreeLeaf", py::is_final(),
                                                  "The end of a walk (vxDecisionTreeLeaf).");
   leaf.def(py::init<const vxClassifierResult&>(), py::arg("classifier_result"),
            "A leaf that answers with a Result.");
@@ -134,7 +134,7 @@ void addTreeClasses(py::module_& module) {
   });
   addSharedArchive(leaf, vxClassifierResult());
 
-  py::class_<Node, Tree, vxPtrHandle<Node>> node(module, "DecisionTreeNode",
+  py::class_<Node, Tree, vxPtrHandle<Node>> node(module, "DecisionTreeNode", py::is_final(),
                                                  "A question and what follows from either answer\n"
                                                  "(vxDecisionTreeNode).");
   node.def(py::init<const Predicate&, const Tree&, const Tree&>(), py::arg("predicate_function"),

@@ -105,6 +105,84 @@ def test_a_generator_shows_what_it_was_made_of():
     assert pprint.pformat(ONE_CLASS, width=1) == repr(ONE_CLASS)
 
 
+class NamedTool(vxclss.Tool):
+    def __init__(self, owner):
+        super().__init__()
+        self.owner = owner
+
+
+class NamedProvider(vxclss.DataProvider):
+    pass
+
+
+class NamedTable(vxclss.RuleTable):
+    pass
+
+
+class NamedNeighbours(vxclss.ClassifierKNN):
+    pass
+
+
+class NamedPattern(vxclss.FeaturePattern):
+    pass
+
+
+def named():
+    X, y = mixture(20, 4, 3)
+    tool = NamedTool("parts").train(vxclss.DataProvider(X, y), vxclss.TrainParamsKNN(3))
+    neighbours = NamedNeighbours()
+    neighbours.train(vxclss.DataProvider(X, y), vxclss.TrainParamsKNN(3))
+    others = [NamedProvider(X, y), NamedTable([vxclss.Rule([vxclss.FeatureScoreIgnore()], 1)]),
+              neighbours, NamedPattern([1.0, np.nan])]
+    for other in others:
+        other.owner = "parts"
+    return [tool, *others]
+
+
+@pytest.mark.parametrize("duplicate", [
+    *(lambda x, p=p: pickle.loads(pickle.dumps(x, p)) for p in range(6)), copy.copy,
+    copy.deepcopy])
+@pytest.mark.parametrize("place", range(5))
+def test_a_derived_class_and_its_attributes_are_kept(place, duplicate):
+    obj = named()[place]
+    obj.history = [1, 2]
+    other = duplicate(obj)
+    assert type(other) is type(obj) and vars(other) == {"owner": "parts", "history": [1, 2]}
+    assert other.to_bytes() == obj.to_bytes()
+    other.owner = "others"
+    assert obj.owner == "parts"
+    assert (other.history is obj.history) == (duplicate is copy.copy)
+
+
+def test_a_derived_class_may_refer_to_itself():
+    tool = named()[0]
+    tool.me = tool
+    other = copy.deepcopy(tool)
+    assert other.me is other is not tool
+
+
+def test_what_a_copy_would_lose_is_refused():
+    class Slotted(vxclss.Tool):
+        __slots__ = ("name",)
+
+    for duplicate in (copy.copy, copy.deepcopy, pickle.dumps):
+        with pytest.raises(TypeError, match="Slotted has __slots__"):
+            duplicate(Slotted())
+
+
+def test_what_cpp_would_ignore_cant_be_derived():
+    open_classes = {vxclss.FeaturePattern, vxclss.DataProvider, vxclss.Tool, vxclss.RuleTable,
+                    vxclss.ClassifierKNN, vxclss.ClassifierBayesian, vxclss.ClassifierDecisionTree}
+    for cls in {type(sample) for sample in SAMPLES} - open_classes | {
+            vxclss.ClassDataGenerator, vxclss.TotalDataGenerator}:
+        with pytest.raises(TypeError, match="not an acceptable base type"):
+            type("Derived", (cls,), {})
+    for base in (vxclss.DistanceMetric, vxclss.Predicate, vxclss.FeatureScore, vxclss.Density,
+                 vxclss.TrainParams, vxclss.DecisionTree, vxclss.Classifier):
+        with pytest.raises(TypeError, match="No constructor defined"):
+            type("Derived", (base,), {})()
+
+
 def test_objects_of_a_list_are_shared_in_its_pickle():
     pattern = vxclss.FeaturePattern([1.0])
     first, second = pickle.loads(pickle.dumps([pattern, pattern]))

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 from typing import (
     Any, ClassVar, Dict, Iterable, Iterator, List, Mapping, Optional, Sequence, Tuple, Union,
-    overload,
+    final, overload,
 )
 
 import numpy as np
@@ -70,6 +70,7 @@ class DataProvider:
     def from_bytes(data: Any) -> DataProvider: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class Costs:
     def __init__(self, default: float = ..., overrides: _Overrides = ...) -> None: ...
     @property
@@ -85,6 +86,7 @@ class Costs:
     def from_bytes(data: Any) -> Costs: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class Frequencies:
     def __init__(self, default: float = ..., overrides: _Overrides = ...) -> None: ...
     @property
@@ -119,6 +121,7 @@ class DistributionType:
     def __getstate__(self) -> int: ...
     def __setstate__(self, state: int) -> None: ...
 
+@final
 class DistributionTypes:
     def __init__(
         self, default: DistributionType = ..., overrides: _Overrides = ...,
@@ -143,6 +146,7 @@ class DistributionTypes:
     def from_bytes(data: Any) -> DistributionTypes: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class CategoryResult:
     def __init__(
         self, category_label: int, match_score: float = ..., class_score: float = ...,
@@ -163,6 +167,7 @@ class CategoryResult:
     def from_bytes(data: Any) -> CategoryResult: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class Result:
     def __init__(
         self, category_results: Sequence[CategoryResult] = ...,
@@ -190,6 +195,7 @@ class DistanceMetric:
     def __eq__(self, other: object) -> bool: ...
     __hash__: ClassVar[None]  # type: ignore[assignment]
 
+@final
 class Norm(DistanceMetric):
     def __init__(self, order: float = ...) -> None: ...
     @property
@@ -203,6 +209,7 @@ class TrainParams:
     @property
     def throw_if_not_ready(self) -> bool: ...
 
+@final
 class TrainParamsKNN(TrainParams):
     def __init__(
         self, k: int = ..., *, distance_metric: Union[DistanceMetric, float, None] = ...,
@@ -222,6 +229,7 @@ class TrainParamsKNN(TrainParams):
     def from_bytes(data: Any) -> TrainParamsKNN: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class TrainParamsBayesian(TrainParams):
     def __init__(
         self, distribution_types: DistributionTypes = ..., *,
@@ -250,6 +258,7 @@ class Predicate:
     def __eq__(self, other: object) -> bool: ...
     __hash__: ClassVar[None]  # type: ignore[assignment]
 
+@final
 class ComparisonPredicate(Predicate):
     def __init__(self, measurement_index1: int, measurement_index2: int) -> None: ...
     @property
@@ -261,6 +270,7 @@ class ComparisonPredicate(Predicate):
     def from_bytes(data: Any) -> ComparisonPredicate: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class RangePredicate(Predicate):
     def __init__(
         self, measurement_range: Optional[Tuple[float, float]] = ...,
@@ -275,6 +285,7 @@ class RangePredicate(Predicate):
     def from_bytes(data: Any) -> RangePredicate: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class ValidityPredicate(Predicate):
     def __init__(self, measurement_indices: Sequence[int] = ...) -> None: ...
     @property
@@ -292,6 +303,7 @@ class DecisionTree:
     def __eq__(self, other: object) -> bool: ...
     __hash__: ClassVar[None]  # type: ignore[assignment]
 
+@final
 class DecisionTreeLeaf(DecisionTree):
     def __init__(self, classifier_result: Result) -> None: ...
     @property
@@ -301,6 +313,7 @@ class DecisionTreeLeaf(DecisionTree):
     def from_bytes(data: Any) -> DecisionTreeLeaf: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class DecisionTreeNode(DecisionTree):
     def __init__(
         self, predicate_function: Predicate, true_tree: DecisionTree, false_tree: DecisionTree
@@ -322,6 +335,7 @@ class Density:
     def __eq__(self, other: object) -> bool: ...
     __hash__: ClassVar[None]  # type: ignore[assignment]
 
+@final
 class NormalDensity(Density):
     @property
     def mean(self) -> _Floats: ...
@@ -336,6 +350,7 @@ class NormalDensity(Density):
     def from_bytes(data: Any) -> NormalDensity: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class BinomialDensity(Density):
     @property
     def theta(self) -> float: ...
@@ -348,6 +363,7 @@ class BinomialDensity(Density):
     def from_bytes(data: Any) -> BinomialDensity: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class CategoryModelBayesian:
     @property
     def category_label(self) -> int: ...
@@ -453,6 +469,7 @@ class FeatureScore:
     def __eq__(self, other: object) -> bool: ...
     __hash__: ClassVar[None]  # type: ignore[assignment]
 
+@final
 class FeatureScoreIgnore(FeatureScore):
     def __init__(self) -> None: ...
     def to_bytes(self) -> bytes: ...
@@ -460,6 +477,7 @@ class FeatureScoreIgnore(FeatureScore):
     def from_bytes(data: Any) -> FeatureScoreIgnore: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class FeatureScoreOneSided(FeatureScore):
     def __init__(
         self, x0: float = ..., x1: float = ..., xc: float = ..., y0: float = ..., y1: float = ...
@@ -479,6 +497,7 @@ class FeatureScoreOneSided(FeatureScore):
     def from_bytes(data: Any) -> FeatureScoreOneSided: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class FeatureScoreTwoSided(FeatureScore):
     def __init__(
         self, x0: float = ..., x1: float = ..., xc: float = ..., x0h: float = ..., x1h: float = ...,
@@ -513,6 +532,7 @@ class FeatureScoreTwoSided(FeatureScore):
     def from_bytes(data: Any) -> FeatureScoreTwoSided: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class FeatureVector:
     def __init__(self, feature_values: npt.ArrayLike) -> None: ...
     @property
@@ -523,6 +543,7 @@ class FeatureVector:
     def from_bytes(data: Any) -> FeatureVector: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class Rule:
     def __init__(self, scoring_methods: Sequence[FeatureScore], label: int) -> None: ...
     @property
@@ -559,6 +580,7 @@ class RuleTable:
     def from_bytes(data: Any) -> RuleTable: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class ClassDataGenerator:
     def __init__(
         self, distributions: Sequence[Tuple[float, float]] = ..., num_patterns: int = ...
@@ -566,6 +588,7 @@ class ClassDataGenerator:
     def generate_data(self) -> DataProvider: ...
     def __reduce__(self) -> Tuple[Any, ...]: ...
 
+@final
 class TotalDataGenerator:
     def __init__(self, generators: Sequence[ClassDataGenerator] = ...) -> None: ...
     def generate_data(self) -> DataProvider: ...

@@ -3,7 +3,7 @@
 
 from __future__ import annotations
 
-from typing import Any, Type, TypeVar
+from typing import Any, Tuple, Type, TypeVar
 
 _T = TypeVar("_T")
 
@@ -11,6 +11,19 @@ _T = TypeVar("_T")
 def _unpickled(cls: Any, data: bytes) -> Any:
     """What pickles, copy.copy() and copy.deepcopy() rebuild an object with."""
     return cls.from_bytes(data)
+
+
+def _empty(cls: Any) -> Any:
+    """An object for __setstate__() to fill."""
+    return cls.__new__(cls)
+
+
+def _reduced(obj: Any) -> Tuple[Any, ...]:
+    """How an object of a class that is derived in Python is pickled and copied."""
+    cls = type(obj)
+    if any(vars(base).get("__slots__") for base in cls.__mro__):
+        raise TypeError(f"{cls.__name__} has __slots__, which neither copies nor pickles keep")
+    return _empty, (cls,), obj.__getstate__()
 
 
 def dumps(obj: Any) -> bytes:

@@ -58,10 +58,11 @@ def test_workers_answer_bit_for_bit_as_one_process(technique):
 
 
 def test_a_killed_worker_loses_nothing():
-    done = run("--rows", "40000", "--partition", "2000", "--kill")
+    # Few partitions: the cluster would close while the worker's successor starts.
+    done = run("--rows", "12000", "--partition", "2000", "--kill")
     assert done.returncode == 0, done.stdout + done.stderr
     assert "killing the worker at" in done.stderr
-    assert "equal: all 20 partitions" in done.stdout
+    assert "equal: all 6 partitions" in done.stdout
     assert "Traceback" not in done.stderr and "assert not self.closed" not in done.stderr
 
 

@@ -2,10 +2,12 @@
 #include "archive.h"
 
 #include <istream>
+#include <map>
 #include <optional>
 #include <ostream>
 #include <streambuf>
 #include <utility>
+#include <vector>
 
 #include "interrupts.h"
 
@@ -64,7 +66,41 @@ struct HeldBuffer : Py_buffer {
   ~HeldBuffer() { PyBuffer_Release(this); }
 };
 
+/// By class. Never freed, as the classes aren't.
+std::map<const PyObject*, Loader>& loaders() {
+  static auto* const all = new std::map<const PyObject*, Loader>;
+  return *all;
+}
+
+py::tuple loadAll(const py::object& data, const py::tuple& classes, bool mayRemain) {
+  std::vector<const Loader*> wanted;
+  for (const py::handle cls : classes) {
+    const auto found = loaders().find(cls.ptr());
+    if (found == loaders().end()) {
+      throw py::type_error(py::repr(cls).cast<std::string>() + " has no archive");
+    }
+    wanted.push_back(&found->second);
+  }
+  std::vector<std::function<py::object()>> loaded;
+  loadBytes(
+      data,
+      [&](vxArchive& archive) {
+        for (const Loader* loader : wanted) loaded.push_back((*loader)(archive));
+      },
+      mayRemain);
+  py::tuple objects(loaded.size());
+  for (std::size_t i = 0; i < loaded.size(); ++i) objects[i] = loaded[i]();
+  return objects;
+}
+
 }  // namespace
+
+void addLoader(const py::object& cls, Loader loader) { loaders()[cls.ptr()] = std::move(loader); }
+
+void addArchives(py::module_& module) {
+  module.def("load_all", &loadAll, py::arg("data"), py::arg("classes"), py::arg("rest"),
+             "The objects of these classes that an archive begins with.");
+}
 
 py::bytes storedBytes(const std::function<void(vxArchive&)>& store) {
   const LibraryCall call;
@@ -77,7 +113,8 @@ py::bytes storedBytes(const std::function<void(vxArchive&)>& store) {
   return py::bytes(std::move(sink).text());
 }
 
-void loadBytes(const py::object& data, const std::function<void(vxArchive&)>& load) {
+void loadBytes(const py::object& data, const std::function<void(vxArchive&)>& load,
+               bool mayRemain) {
   if (PyObject_CheckBuffer(data.ptr()) == 0) {
     throw py::type_error("an archive is bytes or another object with a buffer, not " +
                          std::string(Py_TYPE(data.ptr())->tp_name));
@@ -90,7 +127,7 @@ void loadBytes(const py::object& data, const std::function<void(vxArchive&)>& lo
   std::istream stream(&source);
   vxInputArchive archive(stream);
   load(archive);
-  if (!source.isAtEnd()) throw vxArchive::Malformed(L"Bytes after the end");
+  if (!mayRemain && !source.isAtEnd()) throw vxArchive::Malformed(L"Bytes after the end");
 }
 
 }  // namespace vxpy

@@ -3,6 +3,7 @@
 #define VXCLSS_PYTHON_ARCHIVE_H_
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -14,8 +15,15 @@ namespace vxpy {
 py::bytes storedBytes(const std::function<void(vxArchive&)>& store);
 
 /// Gives `load` an archive over `data`, anything with a contiguous buffer; without the GIL if there
-/// are many bytes. Throws vxArchive::Malformed if bytes remain.
-void loadBytes(const py::object& data, const std::function<void(vxArchive&)>& load);
+/// are many bytes. Throws vxArchive::Malformed if bytes remain, unless they may.
+void loadBytes(const py::object& data, const std::function<void(vxArchive&)>& load,
+               bool mayRemain = false);
+
+/// Loads an object, perhaps without the GIL, and gives what hands it to Python.
+using Loader = std::function<std::function<py::object()>(vxArchive&)>;
+
+/// Lets load_all() find the class.
+void addLoader(const py::object& cls, Loader loader);
 
 /// What to_bytes() reads without the GIL: an object that never changes, or a copy of one that other
 /// threads may change meanwhile.
@@ -48,6 +56,11 @@ void addArchive(Class& cls, Store store, Load load) {
       "from_bytes", objectOf, py::arg("data"),
       "The object of an archive, bytes that need not be trusted.\n\n"
       "Raises ArchiveError for bytes that are no archive of this class from first to last.");
+  addLoader(cls, [load](vxArchive& archive) -> std::function<py::object()> {
+    using Loaded = decltype(load(archive));
+    const auto loaded = std::make_shared<Loaded>(load(archive));
+    return [loaded] { return py::cast(std::move(*loaded)); };
+  });
   cls.def("__reduce__", [bytesOf](const py::object& self) -> py::object {
     const py::module_ pickling = py::module_::import("vxclss._pickle");
     const py::type type = py::type::of(self);

@@ -24,6 +24,7 @@ py::object wrapped(const vxPtrHandle_const<T>& handle) {
 
 // Each adds what its source is named for; bases come before what derives from them.
 void addErrors(py::module_& module);
+void addArchives(py::module_& module);
 void addInterrupts(py::module_& module);
 void addPatterns(py::module_& module);
 void addCosts(py::module_& module);

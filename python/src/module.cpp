@@ -21,6 +21,7 @@ PYBIND11_MODULE(_core, module) {
   module.doc() = "The compiled part of vxclss; import vxclss instead.";
   module.attr("__version__") = VXCLSS_VERSION;
   vxpy::addErrors(module);
+  vxpy::addArchives(module);
   vxpy::addInterrupts(module);
   vxpy::addPatterns(module);
   vxpy::addCosts(module);

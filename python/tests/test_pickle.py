@@ -277,6 +277,39 @@ def test_what_has_no_archive_is_refused():
             refused()
 
 
+def test_an_archive_of_several_objects_is_read_in_their_order():
+    costs = vxclss.Costs(2.0, {(1, 0): 5.0})
+    data = costs.to_bytes() + KNN.to_bytes()  # as C++ stores them, since costs hold no pointers
+    assert vxclss.loads(data, (vxclss.Costs, vxclss.Tool)) == (costs, KNN)
+    assert vxclss.loads(data, (vxclss.Costs,), rest=True) == (costs,)
+    assert vxclss.loads(data, vxclss.Costs, rest=True) == costs
+    assert vxclss.loads(b"", ()) == ()
+    for classes in (vxclss.Costs, (vxclss.Costs,)):
+        with pytest.raises(vxclss.Malformed, match="Bytes after the end"):
+            vxclss.loads(data, classes)
+    with pytest.raises(vxclss.ArchiveError):
+        vxclss.loads(data[:-1], (vxclss.Costs, vxclss.Tool))
+    for classes in ((vxclss.Costs, list), (vxclss.Predicate,), (None,)):
+        with pytest.raises(TypeError, match="has no archive"):
+            vxclss.loads(data, classes)
+
+
+@pytest.mark.parametrize("sample", SAMPLES, ids=NAMES)
+def test_an_archive_may_begin_with_any_object(sample):
+    cls = type(sample)
+    assert vxclss.loads(sample.to_bytes() + b"rest", cls, rest=True).to_bytes() == sample.to_bytes()
+    first, = vxclss.loads(sample.to_bytes(), (cls,))
+    assert type(first) is cls and first.to_bytes() == sample.to_bytes()
+
+
+def test_the_tool_of_a_model_file_is_read_alone(tmp_path):
+    vxclss.save(tmp_path / "model", KNN)
+    data = (tmp_path / "model").read_bytes()
+    assert vxclss.loads(data, vxclss.Tool, rest=True) == KNN
+    with pytest.raises(vxclss.Malformed, match="Bytes after the end"):
+        vxclss.loads(data, vxclss.Tool)
+
+
 def test_a_strided_buffer_is_refused_as_python_refuses_it():
     data = memoryview(np.zeros(10, dtype="u1"))[::2]
     with pytest.raises((BufferError, ValueError)):

@@ -58,7 +58,7 @@ def test_what_is_public_is_exported():
     assert sorted(set(vxclss.__all__)) == sorted(vxclss.__all__)
     for name in vxclss.__all__:
         assert hasattr(vxclss, name)
-    hidden = {"model_bytes", "parsed_model"}
+    hidden = {"load_all", "model_bytes", "parsed_model"}
     for name in vars(_core):
         assert name.startswith("_") or name in hidden or name in vxclss.__all__
 

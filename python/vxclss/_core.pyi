@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 from typing import (
-    Any, ClassVar, Dict, Iterable, Iterator, List, Mapping, Optional, Sequence, Tuple, Union,
+    Any, ClassVar, Dict, Iterable, Iterator, List, Mapping, Optional, Sequence, Tuple, Type, Union,
     final, overload,
 )
 
@@ -599,3 +599,4 @@ def model_bytes(
     tool: Tool, measurement_names: Sequence[str], category_names: Sequence[str]
 ) -> bytes: ...
 def parsed_model(data: Any) -> Tuple[Tool, List[str], List[str]]: ...
+def load_all(data: Any, classes: Tuple[Type[Any], ...], rest: bool) -> Tuple[Any, ...]: ...

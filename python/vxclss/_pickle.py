@@ -3,7 +3,9 @@
 
 from __future__ import annotations
 
-from typing import Any, Tuple, Type, TypeVar
+from typing import Any, Tuple, Type, TypeVar, overload
+
+from . import _core
 
 _T = TypeVar("_T")
 
@@ -34,13 +36,26 @@ def dumps(obj: Any) -> bytes:
     return data
 
 
-def loads(data: Any, cls: Type[_T]) -> _T:
+@overload
+def loads(data: Any, cls: Type[_T], *, rest: bool = ...) -> _T: ...
+
+
+@overload
+def loads(data: Any, cls: Tuple[Type[Any], ...], *, rest: bool = ...) -> Tuple[Any, ...]: ...
+
+
+def loads(data: Any, cls: Any, *, rest: bool = False) -> Any:
     """The object of class ``cls`` that an archive holds; the bytes need not be trusted.
+
+    For a tuple of classes a tuple of objects, which C++ has stored in one archive, one after
+    another. With ``rest`` more may follow, as the names do that a model file has behind its tool;
+    it is not looked at.
 
     Raises ArchiveError for bytes that are no archive of this class from first to last.
     """
+    if isinstance(cls, tuple):
+        return _core.load_all(data, cls, rest)
     from_bytes = getattr(cls, "from_bytes", None)
     if from_bytes is None:
         raise TypeError(f"{cls.__name__} has no archive")
-    loaded: _T = from_bytes(data)
-    return loaded
+    return _core.load_all(data, (cls,), rest)[0] if rest else from_bytes(data)

@@ -110,7 +110,17 @@ py::bytes storedBytes(const std::function<void(vxArchive&)>& store) {
     vxOutputArchive archive(stream);
     store(archive);
   }
-  return py::bytes(std::move(sink).text());
+  std::string text = std::move(sink).text();
+  auto bytes = py::reinterpret_steal<py::bytes>(
+      PyBytes_FromStringAndSize(nullptr, static_cast<py::ssize_t>(text.size())));
+  if (!bytes) throw py::error_already_set();
+  {
+    std::optional<py::gil_scoped_release> release;
+    if (text.size() > kShort) release.emplace();
+    text.copy(PyBytes_AS_STRING(bytes.ptr()), text.size());
+    text = std::string();
+  }
+  return bytes;
 }
 
 void loadBytes(const py::object& data, const std::function<void(vxArchive&)>& load,

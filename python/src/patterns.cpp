@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <string>
 
 #include "archive.h"
@@ -55,8 +56,9 @@ void addPattern(py::module_& module) {
       "A pattern of a list of numbers. Measurements whose indices are in `invalid` are invalid,\n"
       "and so is every NaN, which is stored as 0, unless `nan_is_invalid` is False.\n\n"
       "Raises BadIndex for an index outside the list.");
-  cls.def_property_readonly("num_measurements", &Pattern::numMeasurements);
-  cls.def_property_readonly("num_invalid", &Pattern::numInvalid);
+  cls.def_property_readonly("num_measurements", &Pattern::numMeasurements,
+                            "Number of measurements, the invalid ones included.");
+  cls.def_property_readonly("num_invalid", &Pattern::numInvalid, "Number of invalid measurements.");
   cls.def_property_readonly("invalid_feature_indices", &Pattern::invalidFeatureIndices,
                             "Indices of the invalid measurements, ascending.");
   cls.def_property_readonly(
@@ -102,6 +104,9 @@ PatternHandle patternOf(const py::object& object) {
   return newPattern(object, {}, true);
 }
 
+// Fewer rows are not worth to wait for the GIL again, which may take 5 ms.
+constexpr std::ptrdiff_t kMany = 4096;
+
 void extend(Provider& provider, const py::object& X, const py::object& y) {
   const Rows rows(X, "X");
   const std::vector<long> labels = wholeNumbers(y, "y");
@@ -112,9 +117,13 @@ void extend(Provider& provider, const py::object& X, const py::object& y) {
   std::vector<PatternHandle> patterns;
   patterns.reserve(labels.size());
   PatternMaker maker(rows.width());
-  for (std::ptrdiff_t i = 0; i < rows.size(); ++i) {
-    rows.read(i, maker.values());
-    patterns.emplace_back(new Pattern(maker.make()));
+  {
+    std::optional<py::gil_scoped_release> release;
+    if (rows.size() > kMany) release.emplace();
+    for (std::ptrdiff_t i = 0; i < rows.size(); ++i) {
+      rows.read(i, maker.values());
+      patterns.emplace_back(new Pattern(maker.make()));
+    }
   }
   if (provider.numPatterns() == 0) {
     provider.data(patterns, labels);
@@ -175,10 +184,14 @@ void addProvider(py::module_& module) {
       "Raises BadFeatures for another number of measurements; BadLabel for a label below -1.");
   cls.def("extend", &extend, py::arg("X"), py::arg("y"),
           "Adds the rows of X and their labels; all of them or, if one is refused, none.");
-  cls.def_property("name", &Provider::name, &Provider::setName);
-  cls.def_property("description", &Provider::description, &Provider::setDescription);
-  cls.def_property_readonly("num_measurements", &Provider::numMeasurements);
-  cls.def_property_readonly("num_patterns", &Provider::numPatterns);
+  cls.def_property("name", &Provider::name, &Provider::setName,
+                   "Any text; a nearest-neighbour classifier keeps it with the patterns.");
+  cls.def_property("description", &Provider::description, &Provider::setDescription,
+                   "Any text, kept as the name is.");
+  cls.def_property_readonly("num_measurements", &Provider::numMeasurements,
+                            "Measurements of each pattern; 0 without patterns.");
+  cls.def_property_readonly("num_patterns", &Provider::numPatterns,
+                            "Number of patterns, also len(provider).");
   cls.def(
       "feature_pattern",
       [](const Provider& self, long index) { return wrapped(self.featurePattern(index)); },

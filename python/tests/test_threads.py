@@ -235,8 +235,9 @@ def large():
 @pytest.mark.parametrize("call", [
     lambda it: it["data"].to_bytes(), lambda it: it["tool"].to_bytes(),
     lambda it: it["classifier"].to_bytes(), lambda it: vxclss.DataProvider.from_bytes(it["bytes"]),
-    lambda it: it["density"].log_values(it["X"][:, :1])],
-    ids=["to_bytes", "tool", "classifier", "from_bytes", "log_values"])
+    lambda it: it["density"].log_values(it["X"][:, :1]),
+    lambda it: vxclss.DataProvider(it["X"], np.zeros(len(it["X"]), int))],
+    ids=["to_bytes", "tool", "classifier", "from_bytes", "log_values", "provider"])
 def test_other_threads_run_during_a_long_call(large, call):
     # A thread that has the GIL keeps it until it gives it up by itself.
     interval = sys.getswitchinterval()

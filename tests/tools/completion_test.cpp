@@ -102,7 +102,7 @@ TEST_F(CompletionTest, CoversEveryCommandAndOption) {
 TEST_F(CompletionTest, ZshReadsItsScript) {
   if (!isInstalled("zsh")) GTEST_SKIP() << "no zsh";
   const Outcome outcome =
-      shell("zsh -f -c 'autoload -U compinit && compinit -D -d /dev/null; source " +
+      shell("zsh -f -c 'autoload -U compinit && compinit -D; source " +  // no file for later
             scratch_.path("zsh.out") + " && print -r -- $_comps[vxclss]' 2>&1");
   EXPECT_EQ(outcome.code, 0);
   EXPECT_EQ(outcome.out, "_vxclss\n");

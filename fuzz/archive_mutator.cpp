@@ -3,6 +3,8 @@
 // far as the load came; the edits then change class names, counts, references and numbers as
 // fields, and cut and splice between them. A third of all mutations stay the fuzzer's own.
 
+#include "fuzz/archive_mutator.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -17,15 +19,6 @@
 
 #include "fuzz/target.h"
 #include "vxfoundation/persistent.h"
-
-extern "C" {
-std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
-std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
-                                    unsigned seed);
-std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* first, std::size_t firstSize,
-                                      const std::uint8_t* second, std::size_t secondSize,
-                                      std::uint8_t* out, std::size_t maxSize, unsigned seed);
-}
 
 namespace {
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What the mutator makes of the committed corpus: a fixed round of it, each change once.
 
+#include "fuzz/archive_mutator.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,15 +14,6 @@
 #include "fuzz/corpus.h"
 #include "fuzz/target.h"
 #include "tests/support/figures.h"
-
-extern "C" {
-std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
-std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
-                                    unsigned seed);
-std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* first, std::size_t firstSize,
-                                      const std::uint8_t* second, std::size_t secondSize,
-                                      std::uint8_t* out, std::size_t maxSize, unsigned seed);
-}
 
 namespace {
 
